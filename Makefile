@@ -29,7 +29,7 @@ test-asan: deps
 	ctest --preset asan
 
 format:
-	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+	@git ls-files --cached --others --exclude-standard '*.cpp' '*.h' | xargs -r clang-format -i
 
 bench: build
 	@set -e; for b in $$(cat build/bench/benches.txt); do echo "== $$b"; ./build/bench/$$b; done

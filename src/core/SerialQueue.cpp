@@ -28,7 +28,8 @@ void SerialQueue::async(std::function<void()> work) {
 
 void SerialQueue::sync(const std::function<void()>& work) {
     Q_ASSERT_X(!isCurrent(), "SerialQueue::sync", "called from the queue's own thread");
-    QMetaObject::invokeMethod(m_context, [&work] { work(); }, Qt::BlockingQueuedConnection);
+    QMetaObject::invokeMethod(
+        m_context, [&work] { work(); }, Qt::BlockingQueuedConnection);
 }
 
 bool SerialQueue::isCurrent() const {

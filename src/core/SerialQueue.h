@@ -11,7 +11,8 @@ namespace MirlPlayer {
 // order, one item at a time. Timers and objects that must live on the queue use context().
 class SerialQueue {
 public:
-    explicit SerialQueue(const QString& name, QThread::Priority priority = QThread::InheritPriority);
+    explicit SerialQueue(const QString& name,
+                         QThread::Priority priority = QThread::InheritPriority);
     ~SerialQueue();
     SerialQueue(const SerialQueue&) = delete;
     SerialQueue& operator=(const SerialQueue&) = delete;

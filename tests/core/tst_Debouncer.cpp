@@ -10,7 +10,8 @@ private Q_SLOTS:
     void firesOnceAfterTheQuietInterval() {
         ManualClock clock;
         int fired = 0;
-        Debouncer debouncer(0.1, [&] { ++fired; }, clock);
+        Debouncer debouncer(
+            0.1, [&] { ++fired; }, clock);
         debouncer.trigger();
         clock.advance(0.05);
         QVERIFY(!debouncer.poll());
@@ -28,7 +29,8 @@ private Q_SLOTS:
     void cancelledTriggerNeverFires() {
         ManualClock clock;
         int fired = 0;
-        Debouncer debouncer(0.1, [&] { ++fired; }, clock);
+        Debouncer debouncer(
+            0.1, [&] { ++fired; }, clock);
         debouncer.trigger();
         debouncer.cancel();
         clock.advance(1);

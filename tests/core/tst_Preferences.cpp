@@ -12,7 +12,8 @@ class tst_Preferences : public QObject {
 private Q_SLOTS:
     void defaultPathFollowsXdgConfigHome() {
         qputenv("XDG_CONFIG_HOME", "/tmp/mirl-xdg-test");
-        QCOMPARE(Preferences::defaultPath(), QStringLiteral("/tmp/mirl-xdg-test/MIRL PRO/preferences.conf"));
+        QCOMPARE(Preferences::defaultPath(),
+                 QStringLiteral("/tmp/mirl-xdg-test/MIRL PRO/preferences.conf"));
     }
 
     void absentAndStoredKeysAreTold() {

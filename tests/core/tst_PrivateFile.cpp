@@ -14,13 +14,13 @@ private Q_SLOTS:
         const QString path = dir.filePath("a/b/secret.json");
         QVERIFY(writePrivateFile(path, "{\"token\":1}"));
         const auto filePerms = QFileInfo(path).permissions();
-        QCOMPARE(filePerms & (QFileDevice::ReadGroup | QFileDevice::ReadOther | QFileDevice::WriteGroup |
-                              QFileDevice::WriteOther),
+        QCOMPARE(filePerms & (QFileDevice::ReadGroup | QFileDevice::ReadOther |
+                              QFileDevice::WriteGroup | QFileDevice::WriteOther),
                  QFileDevice::Permissions());
         QVERIFY(filePerms & QFileDevice::ReadOwner);
         const auto dirPerms = QFileInfo(dir.filePath("a/b")).permissions();
-        QCOMPARE(dirPerms & (QFileDevice::ReadGroup | QFileDevice::ExeGroup | QFileDevice::ReadOther |
-                             QFileDevice::ExeOther),
+        QCOMPARE(dirPerms & (QFileDevice::ReadGroup | QFileDevice::ExeGroup |
+                             QFileDevice::ReadOther | QFileDevice::ExeOther),
                  QFileDevice::Permissions());
         QCOMPARE(readFile(path).value(), QByteArray("{\"token\":1}"));
         // Rewriting replaces the whole content.
