@@ -76,9 +76,11 @@ QString SpotifyLibrary::machineName() const {
     return m_machineName ? *m_machineName : prettyHostName();
 }
 
+// Coroutines here return copies of members explicitly: the task's promise moves from whatever
+// lvalue it is handed.
 QCoro::Task<QJsonArray> SpotifyLibrary::deviceList() {
     if (m_deviceCache && m_deviceCache->expires > now())
-        co_return m_deviceCache->objects;
+        co_return QJsonArray(m_deviceCache->objects);
     const int generation = m_generation;
     const QJsonObject answer = co_await getJSON(QStringLiteral("me/player/devices"));
     if (generation != m_generation)
@@ -113,7 +115,7 @@ SpotifyLibrary::resolveThisMac(std::optional<QString> playingURI) {
             ids.append(device.value(u"id").toString());
     }
     if (m_thisMacDeviceID && ids.contains(*m_thisMacDeviceID))
-        co_return m_thisMacDeviceID;
+        co_return std::optional<QString>(m_thisMacDeviceID);
 
     // The song the local client plays is the surest evidence: two computers of the account may
     // carry the same name.
@@ -136,7 +138,7 @@ SpotifyLibrary::resolveThisMac(std::optional<QString> playingURI) {
                 m_thisMacDeviceID = id.toString();
                 log(QStringLiteral("Spotify Connect: this Mac is “") + nameOf(device) +
                     QStringLiteral("” (matched by the playing song)"));
-                co_return m_thisMacDeviceID;
+                co_return std::optional<QString>(m_thisMacDeviceID);
             }
         }
     }
@@ -149,7 +151,7 @@ SpotifyLibrary::resolveThisMac(std::optional<QString> playingURI) {
             m_thisMacDeviceID = computer.value(u"id").toString();
             log(QStringLiteral("Spotify Connect: this Mac is “") + nameOf(computer) +
                 QStringLiteral("” (matched by name)"));
-            co_return m_thisMacDeviceID;
+            co_return std::optional<QString>(m_thisMacDeviceID);
         }
     }
 
@@ -161,7 +163,7 @@ SpotifyLibrary::resolveThisMac(std::optional<QString> playingURI) {
         m_thisMacDeviceID = withID.first().value(u"id").toString();
         log(QStringLiteral("Spotify Connect: using the only computer, “") + nameOf(withID.first()) +
             QStringLiteral("”"));
-        co_return m_thisMacDeviceID;
+        co_return std::optional<QString>(m_thisMacDeviceID);
     }
 
     QStringList descriptions;

@@ -179,8 +179,7 @@ QList<SpotifyItem> artistItems(const SpotifyItem& item) {
 }
 
 QJsonObject SpotifyItem::toStored() const {
-    // QJsonObject keeps its keys sorted; field order matters only to the encoder that writes
-    // the document, which the library memory does with its own writer if it must.
+    // Readers look keys up by name, so the order QJsonObject writes them in does not matter.
     QJsonObject o;
     o.insert(u"id", id);
     o.insert(u"name", name);

@@ -4,6 +4,8 @@
 #include "core/Preferences.h"
 #include "core/PrivateFile.h"
 
+#include <QCoro/QCoroNetworkReply>
+#include <QCoro/QCoroSignal>
 #include <QCryptographicHash>
 #include <QDesktopServices>
 #include <QDir>
@@ -13,9 +15,8 @@
 #include <QNetworkRequest>
 #include <QRandomGenerator>
 #include <QStandardPaths>
+#include <QStringDecoder>
 #include <QUrlQuery>
-#include <QCoro/QCoroNetworkReply>
-#include <QCoro/QCoroSignal>
 #include <chrono>
 #include <cmath>
 
@@ -56,8 +57,8 @@ QString SpotifyLibrary::bundledClientID() {
     return QStringLiteral(MIRL_SPOTIFY_CLIENT_ID).trimmed();
 }
 
-SpotifyLibrary::SpotifyLibrary(Preferences& defaults, Clock& clock,
-                               std::optional<QString> clientID, bool loadStored, QObject* parent)
+SpotifyLibrary::SpotifyLibrary(Preferences& defaults, Clock& clock, std::optional<QString> clientID,
+                               bool loadStored, QObject* parent)
     : QObject(parent)
     , m_defaults(defaults)
     , m_clock(clock)
@@ -315,8 +316,10 @@ void SpotifyLibrary::endSignInFlow() {
 }
 
 bool SpotifyLibrary::handleCallback(const QByteArray& buffer) {
-    const QString text = QString::fromUtf8(buffer);
-    // Undecodable bytes become U+FFFD; such a request never matches the state anyway.
+    QStringDecoder decoder(QStringConverter::Utf8);
+    QString text = decoder(buffer);
+    if (decoder.hasError())
+        text.clear(); // bytes that are no UTF-8 are no callback
     const QStringList fields = text.split(u' ');
     const QString target = fields.size() > 1 ? fields[1] : QString();
     const QUrl url(QStringLiteral("http://127.0.0.1:43821") + target, QUrl::StrictMode);
@@ -416,15 +419,15 @@ QCoro::Task<void> SpotifyLibrary::requestToken(QList<std::pair<QString, QString>
         QMap<QString, QString> map = readSignInMap();
         map.insert(m_clientID, refresh);
         if (!saveSignInMap(map))
-            throw SpotifyFailure(QStringLiteral("MIRL PRO could not save your connection. Please try again."));
+            throw SpotifyFailure(
+                QStringLiteral("MIRL PRO could not save your connection. Please try again."));
         m_refreshToken = refresh;
     }
     m_accessToken = object.value(u"access_token").toString();
     const QJsonValue expiresIn = object.value(u"expires_in");
     m_expiry = now() + (expiresIn.isDouble() ? expiresIn.toDouble() - 60.0 : 3540.0);
     if (object.value(u"scope").isString()) {
-        const QStringList words =
-            object.value(u"scope").toString().split(u' ', Qt::SkipEmptyParts);
+        const QStringList words = object.value(u"scope").toString().split(u' ', Qt::SkipEmptyParts);
         setGrantedScopes(QSet<QString>(words.begin(), words.end()));
     }
 }
@@ -516,7 +519,8 @@ QCoro::Task<SpotifyResponse> SpotifyLibrary::request(QString path, QString metho
     QByteArray payload;
     if (body) {
         payload = QJsonDocument(*body).toJson(QJsonDocument::Compact);
-        request.setHeader(QNetworkRequest::ContentTypeHeader, QByteArrayLiteral("application/json"));
+        request.setHeader(QNetworkRequest::ContentTypeHeader,
+                          QByteArrayLiteral("application/json"));
     }
     QNetworkReply* raw = nullptr;
     if (method == u"GET" && !body)
@@ -540,9 +544,8 @@ QCoro::Task<SpotifyResponse> SpotifyLibrary::request(QString path, QString metho
         // Also the answer when the app's daily quota is used up; it is handled the same way.
         const QByteArray header = reply->rawHeader("Retry-After");
         bool ok = false;
-        const double parsed = QString::fromLatin1(reply->hasRawHeader("Retry-After") ? header
-                                                                                        : "30")
-                                  .toDouble(&ok);
+        const double parsed =
+            QString::fromLatin1(reply->hasRawHeader("Retry-After") ? header : "30").toDouble(&ok);
         const double wait = (ok && std::isfinite(parsed)) ? std::max(parsed, 1.0) : 30.0;
         const double moment = std::max(now() + wait, pauseMoment());
         m_defaults.setValue(retryAfterKey(), moment);
@@ -568,8 +571,8 @@ QCoro::Task<SpotifyResponse> SpotifyLibrary::request(QString path, QString metho
 }
 
 QCoro::Task<QJsonObject> SpotifyLibrary::getJSON(QString path, bool bulk) {
-    const SpotifyResponse response = co_await request(path, QStringLiteral("GET"), std::nullopt,
-                                                      std::nullopt, bulk);
+    const SpotifyResponse response =
+        co_await request(path, QStringLiteral("GET"), std::nullopt, std::nullopt, bulk);
     if (response.data.isEmpty())
         co_return QJsonObject();
     QJsonParseError parseError;
@@ -593,8 +596,8 @@ QCoro::Task<QMap<QString, bool>> SpotifyLibrary::areSaved(QStringList uris) {
     QMap<QString, bool> result;
     for (qsizetype start = 0; start < uris.size(); start += kSavedBatch) {
         const QStringList batch = uris.mid(start, kSavedBatch);
-        const SpotifyResponse response = co_await request(
-            QStringLiteral("me/library/contains?uris=") + encodedURIList(batch));
+        const SpotifyResponse response =
+            co_await request(QStringLiteral("me/library/contains?uris=") + encodedURIList(batch));
         const QJsonDocument doc = QJsonDocument::fromJson(response.data);
         const QJsonArray answers = doc.isArray() ? doc.array() : QJsonArray();
         const qsizetype count = std::min(qsizetype(answers.size()), batch.size());

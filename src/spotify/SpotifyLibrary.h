@@ -4,6 +4,7 @@
 #include "spotify/SpotifyLoopbackServer.h"
 #include "spotify/SpotifyRequestBudget.h"
 
+#include <QCoro/QCoroTask>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
@@ -15,7 +16,6 @@
 #include <QStringList>
 #include <QTimer>
 #include <QUrl>
-#include <QCoro/QCoroTask>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -62,9 +62,9 @@ class SpotifyLibrary : public QObject {
 public:
     static constexpr quint16 callbackPort = 43821;
     static inline const QString redirectURI = QStringLiteral("http://127.0.0.1:43821/callback");
-    static inline const QString scopes = QStringLiteral(
-        "playlist-read-private playlist-read-collaborative user-library-read "
-        "user-library-modify user-read-playback-state user-modify-playback-state");
+    static inline const QString scopes =
+        QStringLiteral("playlist-read-private playlist-read-collaborative user-library-read "
+                       "user-library-modify user-read-playback-state user-modify-playback-state");
     static inline const QString signInFile = QStringLiteral("com.kestrova.mirlpro.spotify.json");
     // Built-in client ID of a prepared build (set at configure time), else empty.
     static QString bundledClientID();

@@ -25,10 +25,11 @@ void SpotifyLoopbackServer::close() {
 
 QByteArray SpotifyLoopbackServer::answer(bool accepted) {
     const QByteArray body =
-        accepted
-            ? QStringLiteral("Return to MIRL PRO to finish connecting Spotify. You can close this tab.")
-                  .toUtf8()
-            : QStringLiteral("Invalid sign-in callback. Return to MIRL PRO and try again.").toUtf8();
+        accepted ? QStringLiteral(
+                       "Return to MIRL PRO to finish connecting Spotify. You can close this tab.")
+                       .toUtf8()
+                 : QStringLiteral("Invalid sign-in callback. Return to MIRL PRO and try again.")
+                       .toUtf8();
     QByteArray out = accepted ? "HTTP/1.1 200 OK\r\n" : "HTTP/1.1 400 Bad Request\r\n";
     out += "Content-Type: text/plain; charset=utf-8\r\n";
     out += "Content-Length: " + QByteArray::number(body.size()) + "\r\n";

@@ -83,13 +83,12 @@ FakeSpotifyServer::Reply FakeSpotifyServer::answerFor(const Request& request) {
     if (request.path == u"/authorize") {
         challenge = request.query.queryItemValue(QStringLiteral("code_challenge"));
         clientID = request.query.queryItemValue(QStringLiteral("client_id"));
-        QUrl back(request.query.queryItemValue(QStringLiteral("redirect_uri"),
-                                               QUrl::FullyDecoded));
+        QUrl back(request.query.queryItemValue(QStringLiteral("redirect_uri"), QUrl::FullyDecoded));
         QUrlQuery answer;
         answer.addQueryItem(QStringLiteral("code"), code);
-        answer.addQueryItem(QStringLiteral("state"),
-                            request.query.queryItemValue(QStringLiteral("state"),
-                                                         QUrl::FullyDecoded));
+        answer.addQueryItem(
+            QStringLiteral("state"),
+            request.query.queryItemValue(QStringLiteral("state"), QUrl::FullyDecoded));
         back.setQuery(answer);
         return Reply{302, {}, {{"Location", back.toEncoded()}}, 0};
     }

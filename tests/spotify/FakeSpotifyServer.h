@@ -40,6 +40,8 @@ public:
 
     // Answers for "METHOD /path" (the path without its query).
     void route(const QString& methodAndPath, Reply reply);
+    // Forgets the answers queued for a route.
+    void clearRoute(const QString& methodAndPath) { m_routes.remove(methodAndPath); }
     void routeJSON(const QString& methodAndPath, const QByteArray& json, int status = 200);
     void routeFixture(const QString& methodAndPath, const QString& fixtureName);
     static QByteArray fixture(const QString& name);
@@ -52,7 +54,8 @@ public:
     int refreshCount = 0;
     int tokenDelayMs = 0;
     // Answer of the token endpoint for a valid exchange or refresh; "%1" becomes a counter.
-    QByteArray tokenAnswer = R"({"access_token":"access-%1","token_type":"Bearer","expires_in":3600,"refresh_token":"refresh-%1","scope":"user-library-read user-library-modify user-read-playback-state user-modify-playback-state"})";
+    QByteArray tokenAnswer =
+        R"({"access_token":"access-%1","token_type":"Bearer","expires_in":3600,"refresh_token":"refresh-%1","scope":"user-library-read user-library-modify user-read-playback-state user-modify-playback-state"})";
     int tokenStatus = 200;
 
     QList<Request> requests;

@@ -24,7 +24,8 @@ private Q_SLOTS:
         const SpotifyPage page = pageFromJSON(fixtureObject("saved_tracks.json"));
         QCOMPARE(page.items.size(), 2);
         QCOMPARE(page.total, 1204);
-        QCOMPARE(page.next, QStringLiteral("https://api.spotify.com/v1/me/tracks?offset=30&limit=30"));
+        QCOMPARE(page.next,
+                 QStringLiteral("https://api.spotify.com/v1/me/tracks?offset=30&limit=30"));
 
         const SpotifyItem& first = page.items[0];
         QCOMPARE(first.id, QStringLiteral("spotify:track:11dFghVXANMlKmJXsNCbNl"));
@@ -54,7 +55,7 @@ private Q_SLOTS:
     void playlistEntriesKeepTracksAndDropEpisodesAndGaps() {
         const SpotifyPage page = pageFromJSON(fixtureObject("playlist_items.json"));
         QCOMPARE(page.items.size(), 2);
-        QCOMPARE(page.items[0].name, QStringLiteral("Snowline")); // wrapped in "item"
+        QCOMPARE(page.items[0].name, QStringLiteral("Snowline"));    // wrapped in "item"
         QCOMPARE(page.items[1].name, QStringLiteral("Tail Lights")); // wrapped in "track"
         QCOMPARE(page.items[1].image, page.items[1].largeImage);
         QVERIFY(!page.next);
@@ -86,17 +87,21 @@ private Q_SLOTS:
         QCOMPARE(page.items[1].detail, QStringLiteral("2021 • EP"));
         QCOMPARE(page.items[2].detail, QStringLiteral("2022 • Single"));
         QCOMPARE(page.items[3].detail, QStringLiteral("Compilation")); // no release date
-        QCOMPARE(page.items[3].subtitle, QString()); // an empty artist list
+        QCOMPARE(page.items[3].subtitle, QString());                   // an empty artist list
     }
 
     void albumLabelRules_data() {
         QTest::addColumn<QByteArray>("json");
         QTest::addColumn<QString>("label"); // empty: none
         QTest::newRow("album") << QByteArray(R"({"album_type":"album"})") << "Album";
-        QTest::newRow("compilation") << QByteArray(R"({"album_type":"compilation"})") << "Compilation";
-        QTest::newRow("single of four") << QByteArray(R"({"album_type":"single","total_tracks":4})") << "EP";
-        QTest::newRow("single of three") << QByteArray(R"({"album_type":"single","total_tracks":3})") << "Single";
-        QTest::newRow("single, count not a number") << QByteArray(R"({"album_type":"single","total_tracks":"9"})") << "Single";
+        QTest::newRow("compilation")
+            << QByteArray(R"({"album_type":"compilation"})") << "Compilation";
+        QTest::newRow("single of four")
+            << QByteArray(R"({"album_type":"single","total_tracks":4})") << "EP";
+        QTest::newRow("single of three")
+            << QByteArray(R"({"album_type":"single","total_tracks":3})") << "Single";
+        QTest::newRow("single, count not a number")
+            << QByteArray(R"({"album_type":"single","total_tracks":"9"})") << "Single";
         QTest::newRow("appears_on") << QByteArray(R"({"album_type":"appears_on"})") << "";
         QTest::newRow("missing") << QByteArray(R"({})") << "";
     }
@@ -118,8 +123,10 @@ private Q_SLOTS:
 
     void objectsThatAreNoItem_data() {
         QTest::addColumn<QByteArray>("json");
-        QTest::newRow("episode") << QByteArray(R"({"id":"a","name":"n","uri":"spotify:episode:a","type":"episode"})");
-        QTest::newRow("id not a string") << QByteArray(R"({"id":5,"name":"n","uri":"u","type":"track"})");
+        QTest::newRow("episode") << QByteArray(
+            R"({"id":"a","name":"n","uri":"spotify:episode:a","type":"episode"})");
+        QTest::newRow("id not a string")
+            << QByteArray(R"({"id":5,"name":"n","uri":"u","type":"track"})");
         QTest::newRow("no uri") << QByteArray(R"({"id":"a","name":"n","type":"track"})");
         QTest::newRow("no name") << QByteArray(R"({"id":"a","uri":"u","type":"album"})");
     }
@@ -129,7 +136,8 @@ private Q_SLOTS:
     }
 
     void uriIsRebuiltFromTypeAndID() {
-        const auto item = itemFromJSON(parse(R"({"id":"abc","name":"n","uri":"junk","type":"playlist","images":[{"url":"not a url with spaces"}]})"));
+        const auto item = itemFromJSON(parse(
+            R"({"id":"abc","name":"n","uri":"junk","type":"playlist","images":[{"url":"not a url with spaces"}]})"));
         QVERIFY(item);
         QCOMPARE(item->uri, QStringLiteral("spotify:playlist:abc"));
         QVERIFY(!item->image); // an unparsable address gives no cover
@@ -158,7 +166,7 @@ private Q_SLOTS:
             QCOMPARE(SpotifyItem::fromStored(stored), item);
         }
         const QJsonObject stored = page.items[1].toStored();
-        QVERIFY(!stored.contains("image"));      // absent optionals are left out
+        QVERIFY(!stored.contains("image")); // absent optionals are left out
         QCOMPARE(stored.value("durationMs").toInt(), 187000);
         QVERIFY(stored.contains("explicit"));
         for (const char* key : {"id", "name", "subtitle", "kind", "uri", "detail", "explicit",

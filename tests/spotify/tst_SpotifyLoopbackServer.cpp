@@ -67,7 +67,8 @@ private Q_SLOTS:
     void completeRequestGetsTheVerdictsAnswer_data() {
         QTest::addColumn<bool>("accepted");
         QTest::addColumn<QByteArray>("answer");
-        const QByteArray ok = "Return to MIRL PRO to finish connecting Spotify. You can close this tab.";
+        const QByteArray ok =
+            "Return to MIRL PRO to finish connecting Spotify. You can close this tab.";
         const QByteArray bad = "Invalid sign-in callback. Return to MIRL PRO and try again.";
         QTest::newRow("accepted")
             << true
@@ -106,8 +107,8 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<bool>("halfClose");
         QTest::newRow("one byte over the limit") << QByteArray(16385, 'A') << false;
-        QTest::newRow("limit reached, header end after it")
-            << QByteArray(16384, 'A') + "\r\n\r\n" << false;
+        QTest::newRow("limit reached, header end after it") << QByteArray(16384, 'A') + "\r\n\r\n"
+                                                            << false;
         QTest::newRow("stalled header") << QByteArray("GET /callback?code=1 HTTP/1.1\r\n") << false;
         QTest::newRow("silent client") << QByteArray() << false;
         QTest::newRow("stream ends early") << QByteArray("GET /callback HTTP/1.1\r\n") << true;

@@ -54,9 +54,11 @@ private Q_SLOTS:
         QTest::addColumn<bool>("bulk");
         QTest::addColumn<double>("expected");
         // Too close to a future slot: placed just behind it.
-        QTest::newRow("spacing to a future slot") << std::vector<double>{10.1} << 10.0 << false << 10.35;
+        QTest::newRow("spacing to a future slot")
+            << std::vector<double>{10.1} << 10.0 << false << 10.35;
         // A gap wide enough between bookings is used.
-        QTest::newRow("gap between slots") << std::vector<double>{10.0, 11.0} << 10.5 << false << 10.5;
+        QTest::newRow("gap between slots")
+            << std::vector<double>{10.0, 11.0} << 10.5 << false << 10.5;
         // Ten future slots fill a window ahead: a bulk request may neither precede nor join them.
         std::vector<double> run;
         for (int i = 0; i < 10; ++i)
