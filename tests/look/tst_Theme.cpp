@@ -395,22 +395,6 @@ private Q_SLOTS:
         QCOMPARE(theme->inkColor(), colour);
     }
 
-    void enumerationsReadTheirRawValues() {
-        QCOMPARE(pillPosition("right"), PillPosition::right);
-        QCOMPARE(pillPosition("notch"), PillPosition::notch);
-        QCOMPARE(pillPosition("left"), PillPosition::notch);
-        QCOMPARE(playerStyle("minimal"), PlayerStyle::minimal);
-        QCOMPARE(title(PlayerStyle::minimal), QStringLiteral("Monoline"));
-        QVERIFY(!playerStyle("baroque"));
-        QCOMPARE(allPlayerStyles().size(), 10);
-        QCOMPARE(title(PlayerBackground::frosted), QStringLiteral("Frosted glass"));
-        // Liquid glass has no material here: it is not offered.
-        QCOMPARE(availableBackgrounds(),
-                 (QList<PlayerBackground>{PlayerBackground::solid, PlayerBackground::frosted}));
-        Fixture f;
-        QCOMPARE(f.theme()->backgroundChoices().size(), 2);
-    }
-
     void inkChoicesListAutoWhiteBlackThenPresets() {
         Fixture f("skinID=rose");
         const QVariantList rows = f.theme()->inkChoices();
