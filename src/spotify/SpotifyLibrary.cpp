@@ -1,6 +1,7 @@
 #include "spotify/SpotifyLibrary.h"
 
 #include "core/Clock.h"
+#include "core/FocusLog.h"
 #include "core/Preferences.h"
 #include "core/PrivateFile.h"
 
@@ -90,7 +91,11 @@ SpotifyLibrary::~SpotifyLibrary() = default;
 
 SpotifyLibrary& SpotifyLibrary::shared() {
     // Lives to the end of the process, like the other shared models.
-    static SpotifyLibrary* library = new SpotifyLibrary(Preferences::shared(), Clock::system());
+    static SpotifyLibrary* library = [] {
+        auto* made = new SpotifyLibrary(Preferences::shared(), Clock::system());
+        made->setLogSink([](const QString& line) { FocusLog::shared().logLine(line); });
+        return made;
+    }();
     return *library;
 }
 

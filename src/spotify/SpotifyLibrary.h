@@ -84,7 +84,7 @@ public:
     void setBrowserOpener(std::function<void(const QUrl&)> opener) {
         m_openBrowser = std::move(opener);
     }
-    // Receives the diagnostic lines (the focus log's logLine).
+    // Receives the diagnostic lines; the shared instance writes them to the focus log.
     void setLogSink(std::function<void(const QString&)> sink) { m_log = std::move(sink); }
     // Replaces the wait for a request slot; gets the slot's wall-clock moment.
     void setSleeper(std::function<QCoro::Task<void>(double until)> sleeper) {
