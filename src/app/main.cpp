@@ -2,6 +2,7 @@
 #include "app/FactoryPreferences.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
+#include "look/LookTypes.h"
 
 #include <QApplication>
 #include <QQuickWindow>
@@ -53,6 +54,7 @@ int main(int argc, char* argv[]) {
     quitOnTerminationSignals(app);
 
     seedFactoryPreferences(Preferences::shared(), QStringLiteral(":/DefaultPreferences.plist"));
+    registerLookTypes(); // the theme reads the seeded look, so after seeding
 
     AppDelegate delegate(Preferences::shared(), nullptr);
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate,
