@@ -63,8 +63,7 @@ SpotifyLibrary::SpotifyLibrary(Preferences& defaults, Clock& clock, std::optiona
     : QObject(parent)
     , m_defaults(defaults)
     , m_clock(clock)
-    , m_expiry(Clock::distantPast)
-    , m_listener(this) {
+    , m_expiry(Clock::distantPast) {
     QString chosen;
     if (clientID)
         chosen = *clientID;

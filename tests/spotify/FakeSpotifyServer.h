@@ -59,6 +59,7 @@ public:
     int tokenStatus = 200;
 
     QList<Request> requests;
+    int connections = 0; // accepted, whether or not a request could be read
     QList<Request> apiRequests() const;
     int apiRequestCount() const { return int(apiRequests().size()); }
 

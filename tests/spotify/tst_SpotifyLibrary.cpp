@@ -705,6 +705,7 @@ private Q_SLOTS:
         address.replace("PORT", QString::number(m_server->base().port()));
         QCOMPARE(run(m_lib->getJSON(address)), QStringLiteral("Invalid Spotify library address."));
         QCOMPARE(m_server->apiRequestCount(), 0);
+        QCOMPARE(m_server->connections, 1); // the token refresh, nothing else
     }
 
     void nextLinkOfTheWebAPIIsFollowed() {
@@ -789,8 +790,12 @@ private Q_SLOTS:
 
     void tenRequestsWithAnExpiredTokenShareOneRefresh() {
         signedIn();
-        m_server->tokenDelayMs = 100;
         m_server->routeFixture("GET /v1/me/player/devices", "devices.json");
+        QCOMPARE(run(m_lib->getJSON("me/player/devices")), QString());
+        QCOMPARE(m_server->refreshCount, 1);
+        m_clock->advance(3600.0); // the token has expired
+        m_server->requests.clear();
+        m_server->tokenDelayMs = 100;
         QList<std::shared_ptr<Outcome<QJsonObject>>> outs;
         for (int i = 0; i < 10; ++i)
             outs.append(start(m_lib->getJSON("me/player/devices")));
@@ -798,11 +803,11 @@ private Q_SLOTS:
             QVERIFY(finished(out));
             QCOMPARE(out->message(), QString());
         }
-        QCOMPARE(m_server->refreshCount, 1);
+        QCOMPARE(m_server->refreshCount, 2);
         QCOMPARE(m_server->apiRequestCount(), 10);
         for (const auto& sent : m_server->apiRequests())
-            QCOMPARE(sent.headers.value("authorization"), QByteArray("Bearer access-1"));
-        // The booked slots kept their distance.
+            QCOMPARE(sent.headers.value("authorization"), QByteArray("Bearer access-2"));
+        // The booked slots kept their distance (the first request's slot has aged out).
         QCOMPARE(m_lib->budget().booked.size(), size_t(10));
         QVERIFY(m_lib->budget().booked.back() - m_lib->budget().booked.front() >= 9 * 0.25 - 1e-9);
     }
