@@ -65,6 +65,12 @@ void appendRolling(std::array<float, capacity>& buf, int& count, const float* sa
     }
 }
 
+// A follower that decays towards zero for long enough walks into subnormal floats, where every
+// operation costs a hundred times more. Far below anything visible, the value is zero.
+inline float flushTiny(float v) {
+    return v < 1e-20f ? 0.0f : v;
+}
+
 // Truncates a bin position to an integer, kept within 0...limit so that an absurd sample rate
 // cannot overflow the conversion.
 int truncatedBin(double position, int limit) {
@@ -220,7 +226,7 @@ void AudioEQ::analyze(const float* frame, double dt) {
     const float fall = float(1.0 - std::exp(-dt / releaseTau));
     for (int i = 0; i < bandCount; ++i) {
         const float k = m_smoothed[i] < m_shaped[i] ? rise : fall;
-        m_smoothed[i] += (m_shaped[i] - m_smoothed[i]) * k;
+        m_smoothed[i] = flushTiny(m_smoothed[i] + (m_shaped[i] - m_smoothed[i]) * k);
     }
 
     const double sensitivity = m_vizConfig.value(sensitivityKey);
@@ -411,7 +417,8 @@ void AudioEQ::analyzeStereo(double now) {
     for (int c = 0; c < stereoCols; ++c) {
         const float x = window[c];
         const float k = m_smoothedStereo[c] < x ? a : r;
-        m_smoothedStereo[c] += (x - m_smoothedStereo[c]) * (1.0f - k);
+        m_smoothedStereo[c] =
+            flushTiny(m_smoothedStereo[c] + (x - m_smoothedStereo[c]) * (1.0f - k));
     }
 
     if (debugEnabled()) {
