@@ -7,7 +7,7 @@ namespace MirlPlayer {
 
 namespace {
 
-double meanSquare(const float* x, std::size_t n) {
+__attribute__((target_clones("avx2", "default"))) double meanSquare(const float* x, std::size_t n) {
     if (n == 0)
         return 0.0;
     // Eight independent partial sums: the loop vectorises, and no sum grows long enough to lose
