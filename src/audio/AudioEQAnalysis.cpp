@@ -265,17 +265,18 @@ void AudioEQ::analyze(const float* frame, double dt) {
         m_smoothed[i] = flushTiny(m_smoothed[i] + (m_shaped[i] - m_smoothed[i]) * k);
     }
 
+    // Only delivery is limited: the follower above advances on every frame. The levels are the
+    // follower scaled by the sensitivity, and only a delivery needs them.
+    const double now = m_clock.now();
+    if (!(now - m_lastEmit > emitInterval))
+        return;
+    m_lastEmit = now;
+
     const double sensitivity = m_vizConfig.value(sensitivityKey);
     for (int i = 0; i < bandCount; ++i) {
         const double v = double(m_smoothed[i]) * sensitivity;
         m_levels[i] = v <= 0 ? 0.0 : (v > 1 ? 1.0 : v);
     }
-
-    // Only delivery is limited: the follower above advances on every frame.
-    const double now = m_clock.now();
-    if (!(now - m_lastEmit > emitInterval))
-        return;
-    m_lastEmit = now;
 
     if (debugEnabled()) {
         ++m_debugFrames;
