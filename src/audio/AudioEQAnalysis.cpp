@@ -1,5 +1,6 @@
 // The sample side of AudioEQ: everything here runs on `sampleQueue`.
 #include "audio/AudioEQ.h"
+#include "audio/WideLoop.h"
 
 #include "core/Environment.h"
 #include "visualizers/VizConfig.h"
@@ -78,10 +79,6 @@ int truncatedBin(double position, int limit) {
         return 0;
     return position >= limit ? limit : int(position);
 }
-
-// The loops over every sample of a block run as AVX2 code where the processor has it; the choice
-// is made once, when the program loads.
-#define MIRL_WIDE_LOOP __attribute__((target_clones("avx2", "default")))
 
 MIRL_WIDE_LOOP void deinterleaveStereo(const float* s, float* l, float* r, std::size_t frames) {
     for (std::size_t i = 0; i < frames; ++i) {
