@@ -41,7 +41,7 @@ inline float log2Positive(float x) {
     return float(exponent) + series * log2e;
 }
 
-// 20 x log10(x) for x > 0 (above the float's normal range starts; callers add a small floor).
+// 20 x log10(x) for a normal, positive x; callers add a small floor so that x is never zero.
 inline float decibels(float x) {
     constexpr float dbPerOctave = 6.0205999132796239f; // 20 x log10(2)
     return dbPerOctave * log2Positive(x);
