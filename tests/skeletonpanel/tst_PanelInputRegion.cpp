@@ -11,6 +11,8 @@
 #include <QQuickWindow>
 #include <QTest>
 #include <QtGui/qguiapplication_platform.h>
+#include <csignal>
+#include <sys/prctl.h>
 
 #include <X11/Xlib.h>
 #include <X11/extensions/shape.h>
@@ -67,6 +69,7 @@ private Q_SLOTS:
 // A virtual screen of the test's own, chosen before the application object exists.
 int main(int argc, char* argv[]) {
     QProcess xvfb;
+    xvfb.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); }); // gone with the test
     xvfb.start(QStringLiteral("Xvfb"),
                {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"),
                 QStringLiteral("0"), QStringLiteral("1512x982x24"), QStringLiteral("-nolisten"),
