@@ -1,0 +1,78 @@
+#include "audio/Spectrum.h"
+
+#include <QtGlobal>
+#include <cmath>
+#include <mutex>
+
+namespace MirlPlayer {
+
+namespace {
+
+// FFTW's planner keeps global state and is not thread-safe; only execution is. Every plan is made
+// and destroyed under this mutex. Transforms never take it.
+std::mutex& plannerMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
+// The scale of the normalised Hann window: its root mean square is 1.
+constexpr double hannNorm = 0.8165;
+
+} // namespace
+
+void Spectrum::FftwFree::operator()(void* p) const {
+    fftwf_free(p);
+}
+
+void Spectrum::PlanDestroy::operator()(fftwf_plan_s* plan) const {
+    std::lock_guard lock(plannerMutex());
+    fftwf_destroy_plan(plan);
+}
+
+Spectrum::Spectrum(int size)
+    : m_size(size)
+    , m_half(size / 2)
+    , m_log2n(size > 0 ? unsigned(std::log2(double(size))) : 0) {
+    if (size < 2)
+        qFatal("Spectrum: a transform needs at least two samples, not %d", size);
+    m_window.reset(static_cast<float*>(fftwf_malloc(sizeof(float) * size_t(size))));
+    m_in.reset(static_cast<float*>(fftwf_malloc(sizeof(float) * size_t(size))));
+    m_out.reset(
+        static_cast<fftwf_complex*>(fftwf_malloc(sizeof(fftwf_complex) * size_t(m_half + 1))));
+    if (!m_window || !m_in || !m_out)
+        qFatal("Spectrum: no memory for a %d-point transform", size);
+    {
+        // FFTW_MEASURE scribbles over the arrays while it plans; they are filled afterwards.
+        std::lock_guard lock(plannerMutex());
+        m_setup.reset(fftwf_plan_dft_r2c_1d(size, m_in.get(), m_out.get(), FFTW_MEASURE));
+    }
+    if (!m_setup)
+        qFatal("Spectrum: FFTW could not plan a %d-point transform", size);
+    for (int n = 0; n < size; ++n)
+        m_window[n] = float(hannNorm * (1.0 - std::cos(2.0 * M_PI * n / size)));
+}
+
+Spectrum::~Spectrum() = default;
+
+void Spectrum::magnitudes(const float* samples, float* out) {
+    float* in = m_in.get();
+    const float* w = m_window.get();
+    for (int i = 0; i < m_size; ++i)
+        in[i] = samples[i] * w[i];
+    fftwf_execute(m_setup.get());
+    ++m_transforms;
+    const fftwf_complex* x = m_out.get();
+    const float scale = 2.0f / float(m_size);
+    out[0] = std::sqrt(x[0][0] * x[0][0] + x[m_half][0] * x[m_half][0]) * scale;
+    for (int k = 1; k < m_half; ++k)
+        out[k] = std::sqrt(x[k][0] * x[k][0] + x[k][1] * x[k][1]) * scale;
+}
+
+std::vector<float> Spectrum::magnitudes(const std::vector<float>& samples) {
+    std::vector<float> out(size_t(m_half), 0.0f);
+    if (samples.size() == size_t(m_size))
+        magnitudes(samples.data(), out.data());
+    return out;
+}
+
+} // namespace MirlPlayer
