@@ -126,7 +126,8 @@ private Q_SLOTS:
     }
 
     void transparentCoverCountsAsBlack() {
-        const Palette clear = extractPalette(filled(Qt::transparent, 64, 64, QImage::Format_ARGB32));
+        const Palette clear =
+            extractPalette(filled(Qt::transparent, 64, 64, QImage::Format_ARGB32));
         QCOMPARE(clear, extractPalette(filled(Qt::black)));
     }
 
@@ -134,7 +135,8 @@ private Q_SLOTS:
         QTest::addColumn<QImage>("image");
         QTest::newRow("one pixel") << filled(QColor(200, 40, 40), 1, 1);
         QTest::newRow("thin strip") << filled(QColor(200, 40, 40), 1000, 3);
-        QTest::newRow("8-bit grey") << filled(QColor(90, 90, 90), 40, 40, QImage::Format_Grayscale8);
+        QTest::newRow("8-bit grey")
+            << filled(QColor(90, 90, 90), 40, 40, QImage::Format_Grayscale8);
         QTest::newRow("16 bits per channel")
             << filled(QColor(200, 40, 40), 50, 50, QImage::Format_RGBA64);
         QImage indexed = filled(QColor(200, 40, 40)).convertToFormat(QImage::Format_Indexed8);
@@ -173,7 +175,8 @@ private Q_SLOTS:
         const Palette expected = extractPalette(cover);
         std::vector<std::future<Palette>> runs;
         for (int i = 0; i < 4; ++i)
-            runs.push_back(std::async(std::launch::async, [cover] { return extractPalette(cover); }));
+            runs.push_back(
+                std::async(std::launch::async, [cover] { return extractPalette(cover); }));
         for (auto& run : runs)
             QCOMPARE(run.get(), expected);
     }
@@ -187,7 +190,8 @@ private Q_SLOTS:
 
     void kMeansSeparatesGroupsAndSortsByWeight() {
         // Three heavy points at one place, two at another: two clusters, heavier first.
-        const QList<OKLab> points{{0.2, 0, 0}, {0.8, 0.1, 0}, {0.2, 0, 0}, {0.8, 0.1, 0}, {0.2, 0, 0}};
+        const QList<OKLab> points{
+            {0.2, 0, 0}, {0.8, 0.1, 0}, {0.2, 0, 0}, {0.8, 0.1, 0}, {0.2, 0, 0}};
         const QList<double> weights{1, 2, 1, 2, 1};
         const QList<Cluster> clusters = weightedKMeans(points, weights, 8);
         QCOMPARE(clusters.size(), 2);
@@ -219,10 +223,10 @@ private Q_SLOTS:
     void pathOrderIsShortestWithStartPenalty_data() {
         QTest::addColumn<QList<double>>("lightness");
         QTest::addColumn<QList<double>>("expected");
-        QTest::newRow("already in order") << QList<double>{0.5, 0.6, 0.7, 0.8}
-                                          << QList<double>{0.5, 0.6, 0.7, 0.8};
-        QTest::newRow("shuffled, first at an end") << QList<double>{0.5, 0.8, 0.6, 0.7}
-                                                   << QList<double>{0.5, 0.6, 0.7, 0.8};
+        QTest::newRow("already in order")
+            << QList<double>{0.5, 0.6, 0.7, 0.8} << QList<double>{0.5, 0.6, 0.7, 0.8};
+        QTest::newRow("shuffled, first at an end")
+            << QList<double>{0.5, 0.8, 0.6, 0.7} << QList<double>{0.5, 0.6, 0.7, 0.8};
         // Starting elsewhere would save 0.02, less than the penalty: the first stays first.
         QTest::newRow("small saving keeps the first")
             << QList<double>{0.51, 0.50, 0.52, 0.53} << QList<double>{0.51, 0.50, 0.52, 0.53};
