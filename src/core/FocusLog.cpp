@@ -53,7 +53,8 @@ void FocusLog::logCommand(const QString& text) {
     m_queue.async([this, text] {
         m_lastCommandText = text;
         m_lastCommandAt = m_clock.wallNow();
-        logLine(QStringLiteral("command: ") + text);
+        append(timeStamp(QDateTime::currentDateTime()) + QStringLiteral(" command: ") + text +
+               u'\n');
     });
 }
 
