@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace MirlPlayer {
 
@@ -52,17 +53,97 @@ void enumerateOrders(QList<int>& prefix, QList<int>& rest, QList<QList<int>>& ou
     }
 }
 
-// The image as 32 x 32 premultiplied RGBA in sRGB, smoothly scaled. Transparent areas count as
-// black, as they would when drawn into a cleared bitmap.
+struct Tap {
+    int index;
+    double weight;
+};
+
+// For each of `out` output cells over `in` source cells: the source cells it covers and the
+// fraction of the cell each one makes up. Works for enlarging as well as shrinking.
+QList<QList<Tap>> areaTaps(int in, int out) {
+    QList<QList<Tap>> taps(out);
+    const double span = double(in) / out;
+    for (int o = 0; o < out; ++o) {
+        const double from = o * span;
+        const double to = (o + 1) * span;
+        for (int i = int(std::floor(from)); i < int(std::ceil(to)) && i < in; ++i) {
+            const double overlap = std::min(to, i + 1.0) - std::max(from, double(i));
+            if (overlap > 0)
+                taps[o].append({i, overlap / span});
+        }
+    }
+    return taps;
+}
+
+// The image drawn at 32 x 32 into an 8-bit sRGB bitmap with premultiplied alpha, by averaging
+// the area each bitmap pixel covers, so transparent parts count as black as they would in a
+// cleared bitmap. Done by hand rather than with QImage::scaled: Qt spreads large scaling jobs
+// over its thread pool, and on a busy machine waiting for it costs far more than the work.
 QImage thumbnail(const QImage& image) {
     QImage src = image;
-    if (src.colorSpace().isValid() && src.colorSpace() != QColorSpace(QColorSpace::SRgb))
-        src.convertToColorSpace(QColorSpace(QColorSpace::SRgb));
-    src = src.convertToFormat(QImage::Format_ARGB32_Premultiplied);
-    if (src.isNull())
+    switch (src.format()) {
+    case QImage::Format_RGB32:
+    case QImage::Format_ARGB32:
+    case QImage::Format_ARGB32_Premultiplied:
+        break;
+    default:
+        src = src.convertToFormat(QImage::Format_ARGB32_Premultiplied);
+        break;
+    }
+    if (src.isNull() || src.width() <= 0 || src.height() <= 0)
         return {};
-    QImage small = src.scaled(kSide, kSide, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
-    return small.convertToFormat(QImage::Format_RGBA8888_Premultiplied);
+    const bool straightAlpha = src.format() == QImage::Format_ARGB32;
+    const bool opaque = src.format() == QImage::Format_RGB32;
+
+    const QList<QList<Tap>> columns = areaTaps(src.width(), kSide);
+    const QList<QList<Tap>> rows = areaTaps(src.height(), kSide);
+    // Which output rows each source row feeds, with what weight.
+    QList<QList<Tap>> feeds(src.height());
+    for (int oy = 0; oy < kSide; ++oy) {
+        for (const Tap& t : rows[oy])
+            feeds[t.index].append({oy, t.weight});
+    }
+
+    std::vector<double> acc(kSide * kSide * 4, 0.0);
+    std::vector<double> line(kSide * 4);
+    for (int sy = 0; sy < src.height(); ++sy) {
+        if (feeds[sy].isEmpty())
+            continue;
+        const QRgb* px = reinterpret_cast<const QRgb*>(src.constScanLine(sy));
+        std::fill(line.begin(), line.end(), 0.0);
+        for (int ox = 0; ox < kSide; ++ox) {
+            double* out = &line[ox * 4];
+            for (const Tap& t : columns[ox]) {
+                const QRgb c = px[t.index];
+                const double a = opaque ? 255.0 : double(qAlpha(c));
+                const double k = straightAlpha ? t.weight * a / 255.0 : t.weight;
+                out[0] += qRed(c) * k;
+                out[1] += qGreen(c) * k;
+                out[2] += qBlue(c) * k;
+                out[3] += a * t.weight;
+            }
+        }
+        for (const Tap& f : feeds[sy]) {
+            double* out = &acc[f.index * kSide * 4];
+            for (int i = 0; i < kSide * 4; ++i)
+                out[i] += line[i] * f.weight;
+        }
+    }
+
+    QImage small(kSide, kSide, QImage::Format_RGBA8888_Premultiplied);
+    for (int y = 0; y < kSide; ++y) {
+        uchar* row = small.scanLine(y);
+        for (int i = 0; i < kSide * 4; ++i)
+            row[i] = uchar(std::clamp(std::lround(acc[y * kSide * 4 + i]), 0L, 255L));
+    }
+    // Covers tagged with another colour space are brought into sRGB, as drawing into an sRGB
+    // bitmap would.
+    const QColorSpace space = image.colorSpace();
+    if (space.isValid() && space != QColorSpace(QColorSpace::SRgb)) {
+        small.setColorSpace(space);
+        small.convertToColorSpace(QColorSpace(QColorSpace::SRgb));
+    }
+    return small;
 }
 
 } // namespace

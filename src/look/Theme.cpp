@@ -525,8 +525,9 @@ void Theme::stepGlide() {
         m_glideTimer.stop();
         return;
     }
-    const double p = std::clamp((m_clock.now() - m_glideStart) / glideDuration, 0.0, 1.0);
-    if (p >= 1.0) {
+    const double elapsed = m_clock.now() - m_glideStart;
+    // The tolerance keeps clock rounding from costing the glide one extra frame.
+    if (elapsed >= glideDuration - 1e-9) {
         m_glideTimer.stop();
         m_artPalette = m_glideTarget;
         m_glideFrom.clear();
@@ -536,7 +537,7 @@ void Theme::stepGlide() {
         Q_EMIT coloursChanged();
         return;
     }
-    const double e = smoothstep(p);
+    const double e = smoothstep(std::clamp(elapsed / glideDuration, 0.0, 1.0));
     Palette mixed;
     mixed.reserve(m_glideFrom.size());
     for (qsizetype i = 0; i < m_glideFrom.size(); ++i)
