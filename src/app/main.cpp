@@ -2,8 +2,13 @@
 #include "app/FactoryPreferences.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
+#include "panel/SkeletonPanel.h"
+#include "platform/linux/mpris/MprisPlayerBridge.h"
+#include "platform/linux/service/MirlBusService.h"
+#include "playback/PlayerState.h"
 
 #include <QApplication>
+#include <QQuickView>
 #include <QQuickWindow>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -54,7 +59,24 @@ int main(int argc, char* argv[]) {
 
     seedFactoryPreferences(Preferences::shared(), QStringLiteral(":/DefaultPreferences.plist"));
 
-    AppDelegate delegate(Preferences::shared(), nullptr);
+    // The players over MPRIS, the panel, and the program's own name on the session bus.
+    MprisPlayerBridge bridge(Preferences::shared());
+    AppDelegate delegate(Preferences::shared(), &bridge);
+    std::unique_ptr<SkeletonPanel> panel;
+    MirlBusService busService(&delegate.player(), delegate.player().clock());
+    busService.registerOn(QDBusConnection::sessionBus());
+    AppDelegate::Hooks hooks;
+    hooks.buildPanel = [&panel, &busService](AppDelegate& app) {
+        panel = std::make_unique<SkeletonPanel>(app.player());
+        QObject::connect(
+            panel.get(), &SkeletonPanel::expandedChanged, &busService, [&panel, &busService] {
+                const QRectF shape = panel->expanded() ? panel->cardRect() : panel->pillRect();
+                const QPointF origin = panel->window()->position();
+                busService.announcePanelState(panel->expanded(), shape.translated(origin));
+            });
+        panel->show();
+    };
+    delegate.setHooks(std::move(hooks));
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);
