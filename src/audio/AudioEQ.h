@@ -175,7 +175,12 @@ private:
 
     void analyze(const float* frame, double dt);
     void analyzeStereo(double now);
-    double sampleRate() const { return m_tapASBD ? m_tapASBD->sampleRate : 48000.0; }
+    // The tap's rate, or 48 kHz without a tap format (or with a rate that means nothing).
+    double sampleRate() const {
+        return m_tapASBD && m_tapASBD->sampleRate > 0 && m_tapASBD->sampleRate < 1e7
+                   ? m_tapASBD->sampleRate
+                   : 48000.0;
+    }
     void deliverLevels(const LevelsFrame& frame);
     void deliverStereo(const StereoFrame& frame);
 
@@ -220,6 +225,8 @@ private:
     std::array<float, bandCount> m_smoothed{};
     std::array<double, bandCount> m_levels{};
     std::array<float, stereoCols> m_smoothedStereo{};
+    std::array<float, fftSize / 2> m_stereoSum{};
+    std::array<int, fftSize / 2> m_stereoColumn{};
     BandMap m_bandMap;
     double m_lastProcess;
     double m_lastEmit = Clock::distantPast;

@@ -5,7 +5,9 @@
 #include "visualizers/VizConfig.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -16,10 +18,32 @@ namespace {
 const QString smoothingKey = QStringLiteral("smoothing");
 const QString sensitivityKey = QStringLiteral("sensitivity");
 
-// 20 x log10(x), through the cheaper base-2 logarithm.
+// log2 of a positive, finite float, written so that loops over arrays of them vectorise (the
+// library's log2f is a call per element). The mantissa is brought into [sqrt(1/2), sqrt(2)) and
+// log2 of it comes from the series of atanh: with t = (m - 1) / (m + 1) at most 0.172, five terms
+// leave an error far below a float's resolution.
+inline float log2Positive(float x) {
+    auto bits = std::bit_cast<std::uint32_t>(x);
+    int exponent = int((bits >> 23) & 0xff) - 127;
+    bits = (bits & 0x007fffffu) | 0x3f800000u; // mantissa in [1, 2)
+    auto m = std::bit_cast<float>(bits);
+    if (m > 1.41421356f) {
+        m *= 0.5f;
+        exponent += 1;
+    }
+    const float t = (m - 1.0f) / (m + 1.0f);
+    const float t2 = t * t;
+    const float series =
+        t *
+        (2.0f + t2 * (2.0f / 3.0f + t2 * (2.0f / 5.0f + t2 * (2.0f / 7.0f + t2 * (2.0f / 9.0f)))));
+    constexpr float log2e = 1.4426950408889634f;
+    return float(exponent) + series * log2e;
+}
+
+// 20 x log10(x) for x > 0 (above the float's normal range starts; callers add a small floor).
 inline float decibels(float x) {
     constexpr float dbPerOctave = 6.0205999132796239f; // 20 x log10(2)
-    return dbPerOctave * std::log2(x);
+    return dbPerOctave * log2Positive(x);
 }
 
 // Appends a block to a rolling buffer that keeps the latest `capacity` samples.
@@ -39,6 +63,20 @@ void appendRolling(std::array<float, capacity>& buf, int& count, const float* sa
         std::memcpy(buf.data() + keep, samples, n * sizeof(float));
         count = int(capacity);
     }
+}
+
+// A follower that decays towards zero for long enough walks into subnormal floats, where every
+// operation costs a hundred times more. Far below anything visible, the value is zero.
+inline float flushTiny(float v) {
+    return v < 1e-20f ? 0.0f : v;
+}
+
+// Truncates a bin position to an integer, kept within 0...limit so that an absurd sample rate
+// cannot overflow the conversion.
+int truncatedBin(double position, int limit) {
+    if (!(position > 0))
+        return 0;
+    return position >= limit ? limit : int(position);
 }
 
 void ensureSize(std::vector<float>& v, std::size_t n) {
@@ -94,10 +132,20 @@ void AudioEQ::processBlock(std::span<const AudioBuffer> buffers) {
             ensureSize(m_left, frames);
             ensureSize(m_right, frames);
             const float* s = buffers[0].data;
-            const std::size_t rightOffset = channels >= 2 ? 1 : 0;
-            for (std::size_t i = 0; i < frames; ++i) {
-                m_left[i] = s[i * channels];
-                m_right[i] = s[i * channels + rightOffset];
+            float* l = m_left.data();
+            float* r = m_right.data();
+            if (channels == 2) {
+                // The common case, in a loop the compiler can vectorise.
+                for (std::size_t i = 0; i < frames; ++i) {
+                    l[i] = s[2 * i];
+                    r[i] = s[2 * i + 1];
+                }
+            } else {
+                const std::size_t rightOffset = channels >= 2 ? 1 : 0;
+                for (std::size_t i = 0; i < frames; ++i) {
+                    l[i] = s[i * channels];
+                    r[i] = s[i * channels + rightOffset];
+                }
             }
             left = m_left.data();
             right = m_right.data();
@@ -110,21 +158,26 @@ void AudioEQ::processBlock(std::span<const AudioBuffer> buffers) {
 
     const float gain = m_loudness.gain(left, n, right, n, format.sampleRate,
                                        m_matchLoudness.load(std::memory_order_relaxed));
+    ensureSize(m_mono, n);
     if (gain != 1.0f) {
-        // The delivered buffers are the backend's; scale private copies.
+        // Scale private copies: the delivered buffers belong to the backend.
         ensureSize(m_left, n);
         ensureSize(m_right, n);
+        float* l = m_left.data();
+        float* r = m_right.data();
+        float* mono = m_mono.data();
         for (std::size_t i = 0; i < n; ++i) {
-            m_left[i] = left[i] * gain;
-            m_right[i] = right[i] * gain;
+            l[i] = left[i] * gain;
+            r[i] = right[i] * gain;
+            mono[i] = (l[i] + r[i]) * 0.5f;
         }
-        left = m_left.data();
-        right = m_right.data();
+        left = l;
+        right = r;
+    } else {
+        float* mono = m_mono.data();
+        for (std::size_t i = 0; i < n; ++i)
+            mono[i] = (left[i] + right[i]) * 0.5f;
     }
-
-    ensureSize(m_mono, n);
-    for (std::size_t i = 0; i < n; ++i)
-        m_mono[i] = (left[i] + right[i]) * 0.5f;
 
     processMono(m_mono.data(), n);
     processStereo(left, right, n);
@@ -146,10 +199,11 @@ void AudioEQ::processMono(const float* samples, std::size_t count) {
 
 void AudioEQ::analyze(const float* frame, double dt) {
     const EQTuning& t = tuning();
-    m_analyzer.magnitudes(frame, m_magnitudes.data());
     const double rate = sampleRate();
     if (m_bandMap.sampleRate != rate || m_bandMap.bins != fftSize / 2)
         m_bandMap = BandMap::build(fftSize / 2, bandCount, rate, t.tilt);
+    // The bands end at 16 kHz; the bins above it are never read.
+    m_analyzer.magnitudes(frame, m_magnitudes.data(), m_bandMap.b1.back() + 1);
     m_bandMap.apply(m_magnitudes.data(), t, m_dbScratch.data(), m_target.data());
 
     // Rise emphasis: a band that jumps is pushed further, so that beats read as beats.
@@ -172,7 +226,7 @@ void AudioEQ::analyze(const float* frame, double dt) {
     const float fall = float(1.0 - std::exp(-dt / releaseTau));
     for (int i = 0; i < bandCount; ++i) {
         const float k = m_smoothed[i] < m_shaped[i] ? rise : fall;
-        m_smoothed[i] += (m_shaped[i] - m_smoothed[i]) * k;
+        m_smoothed[i] = flushTiny(m_smoothed[i] + (m_shaped[i] - m_smoothed[i]) * k);
     }
 
     const double sensitivity = m_vizConfig.value(sensitivityKey);
@@ -225,8 +279,8 @@ AudioEQ::BandMap AudioEQ::BandMap::build(int bins, int bands, double sampleRate,
     for (int i = 0; i < bands; ++i) {
         const double f0 = lowest * std::pow(ratio, double(i) / bands);
         const double f1 = lowest * std::pow(ratio, double(i + 1) / bands);
-        const int b0 = std::max(int(f0 / nyquist * bins), 1);
-        const int b1 = std::min(std::max(b0, int(f1 / nyquist * bins)), bins - 1);
+        const int b0 = std::max(truncatedBin(f0 / nyquist * bins, bins), 1);
+        const int b1 = std::min(std::max(b0, truncatedBin(f1 / nyquist * bins, bins)), bins - 1);
         map.b0[std::size_t(i)] = b0;
         map.b1[std::size_t(i)] = b1;
         // The band's geometric centre sets the tilt, pivoting at 1 kHz.
@@ -242,8 +296,10 @@ void AudioEQ::BandMap::apply(const float* magnitudes, const EQTuning& t, float* 
         float peak = 0;
         for (int k = b0[std::size_t(i)]; k <= b1[std::size_t(i)]; ++k)
             peak = std::max(peak, magnitudes[k]);
-        db[i] = decibels(peak + 1e-9f) + tiltDb[std::size_t(i)];
+        db[i] = peak;
     }
+    for (int i = 0; i < bands; ++i)
+        db[i] = decibels(db[i] + 1e-9f) + tiltDb[std::size_t(i)];
     if (t.sharpness > 0) {
         // An unsharp mask across bands; the means come from the untouched values.
         float means[bandCount];
@@ -303,24 +359,40 @@ void AudioEQ::processStereo(const float* left, const float* right, std::size_t c
 }
 
 void AudioEQ::analyzeStereo(double now) {
-    m_stereoL.magnitudes(m_bufL.data(), m_magL.data());
-    m_stereoR.magnitudes(m_bufR.data(), m_magR.data());
     const int n = fftSize / 2;
     const double nyquist = sampleRate() * 0.5;
-    const int first = std::max(int(40.0 / nyquist * n), 1);
-    const int last = std::min(n - 1, int(16000.0 / nyquist * n));
+    const int first = std::max(truncatedBin(40.0 / nyquist * n, n), 1);
+    const int last = std::min(n - 1, truncatedBin(16000.0 / nyquist * n, n));
+    m_stereoL.magnitudes(m_bufL.data(), m_magL.data(), last + 1);
+    m_stereoR.magnitudes(m_bufR.data(), m_magR.data(), last + 1);
 
     std::array<float, stereoCols> cols{};
     if (first < last) {
+        // Sums and columns first, in a loop that vectorises; then each column keeps its peak.
+        float* sums = m_stereoSum.data();
+        int* columns = m_stereoColumn.data();
         for (int k = first; k <= last; ++k) {
             const float s = m_magL[k] + m_magR[k];
-            if (s < 1e-7f)
-                continue;
-            const float pan = (m_magR[k] - m_magL[k]) / s;
-            const int column = std::clamp(int(std::round((pan + 1.0f) * 0.5f * 95.0f)), 0, 95);
-            if (cols[column] < s)
-                cols[column] = s; // the peak of the column, not the sum
+            const float pan = s > 0.0f ? (m_magR[k] - m_magL[k]) / s : 0.0f;
+            // (pan + 1) / 2 x 95 is never negative, so adding a half and truncating rounds
+            // halves away from zero.
+            const float x = (pan + 1.0f) * 0.5f * 95.0f + 0.5f;
+            sums[k] = s;
+            columns[k] = std::clamp(int(x), 0, stereoCols - 1);
         }
+        // Each column keeps its peak, not the sum. Neighbouring bins mostly land in the same
+        // column; four partial maxima keep them from waiting on each other.
+        std::array<std::array<float, stereoCols>, 4> lanes{};
+        for (int k = first; k <= last; ++k) {
+            const float s = sums[k];
+            if (!(s >= 1e-7f))
+                continue; // too quiet to place
+            float& peak = lanes[std::size_t(k & 3)][std::size_t(columns[k])];
+            peak = std::max(peak, s);
+        }
+        for (int c = 0; c < stereoCols; ++c)
+            cols[c] =
+                std::max(std::max(lanes[0][c], lanes[1][c]), std::max(lanes[2][c], lanes[3][c]));
     }
 
     constexpr float kernel[5] = {0.12f, 0.22f, 0.32f, 0.22f, 0.12f};
@@ -337,11 +409,16 @@ void AudioEQ::analyzeStereo(double now) {
     const float s = float(m_vizConfig.value(smoothingKey) * 2.8 + 0.4);
     const float a = std::exp(float(dt) / (s * -0.02f));
     const float r = std::exp(float(dt) / (s * -0.09f));
+    std::array<float, stereoCols> window{};
     for (int c = 0; c < stereoCols; ++c) {
         // A window of 70 dB below full scale.
-        const float x = std::clamp((decibels(spread[c] + 1e-6f) + 70.0f) / 70.0f, 0.0f, 1.0f);
+        window[c] = std::clamp((decibels(spread[c] + 1e-6f) + 70.0f) / 70.0f, 0.0f, 1.0f);
+    }
+    for (int c = 0; c < stereoCols; ++c) {
+        const float x = window[c];
         const float k = m_smoothedStereo[c] < x ? a : r;
-        m_smoothedStereo[c] += (x - m_smoothedStereo[c]) * (1.0f - k);
+        m_smoothedStereo[c] =
+            flushTiny(m_smoothedStereo[c] + (x - m_smoothedStereo[c]) * (1.0f - k));
     }
 
     if (debugEnabled()) {

@@ -40,15 +40,20 @@ public:
     // Producer: the slot to fill before publish().
     T& back() { return m_slots[m_back]; }
 
-    // Producer: hands the filled slot over and wakes the GUI thread.
+    // Producer: hands the filled slot over and wakes the GUI thread, unless a value it has not
+    // taken yet is waiting: then a wake-up is already pending, and it will find this newer one.
     void publish() {
-        m_back = m_middle.exchange(m_back | fresh, std::memory_order_acq_rel) & indexMask;
+        const int previous = m_middle.exchange(m_back | fresh, std::memory_order_acq_rel);
+        m_back = previous & indexMask;
+        if (previous & fresh)
+            return;
         const quint64 one = 1;
         [[maybe_unused]] const auto written = ::write(m_fd, &one, sizeof one);
     }
 
     // GUI thread: delivers the newest value if one arrived since the last take. Returns whether
-    // it delivered.
+    // it delivered. The wake-up is drained before the slot is looked at, so that a value
+    // published meanwhile is either taken now or wakes the thread again.
     bool take() {
         quint64 count = 0;
         [[maybe_unused]] const auto read = ::read(m_fd, &count, sizeof count);

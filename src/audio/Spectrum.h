@@ -24,7 +24,10 @@ public:
     // `samples` holds `size` floats, `out` receives `half` magnitudes: for bin k from 1 to
     // half - 1, 2 x |X[k]| / size of the windowed frame. Bin 0 carries DC and Nyquist packed
     // together, as consumers never read it.
-    void magnitudes(const float* samples, float* out);
+    void magnitudes(const float* samples, float* out) { magnitudes(samples, out, m_half); }
+    // The same for the first `count` bins only (at most `half`), for callers that never read
+    // the bins above.
+    void magnitudes(const float* samples, float* out, int count);
     std::vector<float> magnitudes(const std::vector<float>& samples);
 
     // How many transforms this instance has run.
