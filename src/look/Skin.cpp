@@ -77,6 +77,10 @@ QString rawValue(PillPosition p) {
     return p == PillPosition::right ? QStringLiteral("right") : QStringLiteral("notch");
 }
 
+PillPosition pillPosition(const QString& raw) {
+    return raw == u"right" ? PillPosition::right : PillPosition::notch;
+}
+
 QList<PlayerStyle> allPlayerStyles() {
     return {PlayerStyle::retro,   PlayerStyle::modern,   PlayerStyle::apple, PlayerStyle::vintage,
             PlayerStyle::pioneer, PlayerStyle::cassette, PlayerStyle::noir,  PlayerStyle::cyber,

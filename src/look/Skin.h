@@ -53,6 +53,7 @@ PlayerBackground effectiveBackground(const QString& raw);
 // Where the resting pill sits. Any value other than "right" counts as `notch`.
 enum class PillPosition { notch, right };
 QString rawValue(PillPosition p);
+PillPosition pillPosition(const QString& raw);
 
 // The dress of the card's timeline and transport.
 enum class PlayerStyle {

@@ -1,6 +1,7 @@
 #include "look/Palette.h"
 
 #include <QBuffer>
+#include <QColorSpace>
 #include <QImageWriter>
 #include <QPainter>
 #include <QTest>
@@ -145,6 +146,18 @@ private Q_SLOTS:
     void anyImageFormatAndSizeIsRead() {
         QFETCH(QImage, image);
         QCOMPARE(extractPalette(image).size(), 4);
+    }
+
+    void coversInAnotherColourSpaceAreReadAsSrgb() {
+        QImage wide = filled(QColor(200, 120, 90));
+        wide.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
+        const Palette tagged = extractPalette(wide);
+        const Palette converted = extractPalette(wide.convertedToColorSpace(QColorSpace::SRgb));
+        const Palette untagged = extractPalette(filled(QColor(200, 120, 90)));
+        QCOMPARE(tagged.size(), 4);
+        // Same colours as converting first, up to 8-bit rounding; not the untagged reading.
+        QVERIFY(distance(hsbToOklab(tagged[0]), hsbToOklab(converted[0])) < 0.01);
+        QVERIFY(distance(hsbToOklab(tagged[0]), hsbToOklab(untagged[0])) > 0.02);
     }
 
     void undrawableImagesGiveNone_data() {
