@@ -1,8 +1,11 @@
 #include "app/AppDelegate.h"
 
+#include "app/ArtworkPalette.h"
 #include "core/FocusLog.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
+#include "look/Theme.h"
+#include "playback/MusicController.h"
 #include "playback/PlayerState.h"
 
 namespace MirlPlayer {
@@ -10,7 +13,10 @@ namespace MirlPlayer {
 AppDelegate::AppDelegate(Preferences& prefs, PlayerBridge* bridge, Clock& clock, QObject* parent)
     : QObject(parent)
     , m_prefs(prefs)
-    , m_player(std::make_unique<PlayerState>(bridge, clock)) {}
+    , m_player(std::make_unique<PlayerState>(bridge, clock)) {
+    connect(m_player.get(), &PlayerState::started, this,
+            [this] { connectArtworkPalette(*m_player->controller(), Theme::shared()); });
+}
 
 AppDelegate::~AppDelegate() = default;
 

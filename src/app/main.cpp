@@ -3,6 +3,7 @@
 #include "app/FactoryPreferences.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
+#include "look/LookTypes.h"
 #include "panel/SkeletonPanel.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 #include "platform/linux/service/MirlBusService.h"
@@ -59,6 +60,7 @@ int main(int argc, char* argv[]) {
     quitOnTerminationSignals(app);
 
     seedFactoryPreferences(Preferences::shared(), QStringLiteral(":/DefaultPreferences.plist"));
+    registerLookTypes(); // the theme reads the seeded look, so after seeding
 
     // The players over MPRIS, the panel, and the program's own name on the session bus.
     MprisPlayerBridge bridge(Preferences::shared());

@@ -3,6 +3,8 @@
 #include "core/FocusLog.h"
 #include "core/Preferences.h"
 #include "fakes/FakePlayerBridge.h"
+#include "look/Theme.h"
+#include "playback/MusicController.h"
 #include "playback/PlayerState.h"
 
 #include <QFile>
@@ -81,6 +83,34 @@ private Q_SLOTS:
         rig.delegate.applicationDidFinishLaunching();
         QVERIFY(rig.started());
         QCOMPARE(rig.setupShown, 0);
+    }
+
+    void coverColoursReachTheAccentAndTheTheme() {
+        Rig rig;
+        rig.delegate.finishSetup();
+        QImage cover(64, 64, QImage::Format_RGB32);
+        cover.fill(QColor(200, 30, 40));
+        const QString path = rig.dir.filePath("cover.png");
+        QVERIFY(cover.save(path));
+        Snapshot s = track(Source::music, "Red", true);
+        s.artURL = QUrl::fromLocalFile(path).toString();
+        rig.bridge.setSnapshot(s);
+        rig.delegate.player().controller()->merge(Snapshot::empty(Source::spotify), s,
+                                                  rig.clock.now());
+        QTRY_VERIFY(Theme::shared().lastArtwork().has_value());
+        const QColor accent = rig.delegate.player().accent();
+        // The palette lifts dark colours, so compare the hue: red.
+        const double hue = accent.hsvHueF();
+        QVERIFY2((hue < 0.05 || hue > 0.95) && accent.hsvSaturationF() > 0.4,
+                 qPrintable(accent.name()));
+
+        // A track without a cover clears the palette again.
+        const Snapshot plain = track(Source::music, "Plain", true);
+        rig.bridge.setSnapshot(plain);
+        rig.delegate.player().controller()->merge(Snapshot::empty(Source::spotify), plain,
+                                                  rig.clock.now() + 1);
+        QTRY_VERIFY(!Theme::shared().lastArtwork().has_value());
+        QCOMPARE(rig.delegate.player().accent(), QColor(Qt::white));
     }
 
     void quittingLogsAndStopsTheSetupProbe() {
