@@ -9,6 +9,8 @@
 #include <QDir>
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <csignal>
+#include <sys/prctl.h>
 
 namespace MirlTest {
 
@@ -33,6 +35,8 @@ public:
         for (const QString& track :
              music.entryList({QStringLiteral("*.flac")}, QDir::Files, QDir::Name))
             args << music.filePath(track);
+        // Gone with the test, even when the test crashes.
+        m_process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
         m_process.start(QStringLiteral("mpv"), args);
         m_process.waitForStarted(5000);
     }
