@@ -1,5 +1,6 @@
 // The sample side of AudioEQ: everything here runs on `sampleQueue`.
 #include "audio/AudioEQ.h"
+#include "audio/WideLoop.h"
 
 #include "core/Environment.h"
 #include "visualizers/VizConfig.h"
@@ -40,7 +41,7 @@ inline float log2Positive(float x) {
     return float(exponent) + series * log2e;
 }
 
-// 20 x log10(x) for x > 0 (above the float's normal range starts; callers add a small floor).
+// 20 x log10(x) for a normal, positive x; callers add a small floor so that x is never zero.
 inline float decibels(float x) {
     constexpr float dbPerOctave = 6.0205999132796239f; // 20 x log10(2)
     return dbPerOctave * log2Positive(x);
@@ -77,6 +78,51 @@ int truncatedBin(double position, int limit) {
     if (!(position > 0))
         return 0;
     return position >= limit ? limit : int(position);
+}
+
+MIRL_WIDE_LOOP void deinterleaveStereo(const float* s, float* l, float* r, std::size_t frames) {
+    for (std::size_t i = 0; i < frames; ++i) {
+        l[i] = s[2 * i];
+        r[i] = s[2 * i + 1];
+    }
+}
+
+// Scales both channels into l and r (which may be the inputs themselves) and mixes them to mono.
+MIRL_WIDE_LOOP void scaleAndMix(const float* left, const float* right, float gain, float* l,
+                                float* r, float* mono, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+        const float a = left[i] * gain;
+        const float b = right[i] * gain;
+        l[i] = a;
+        r[i] = b;
+        mono[i] = (a + b) * 0.5f;
+    }
+}
+
+MIRL_WIDE_LOOP void mixMono(const float* left, const float* right, float* mono, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i)
+        mono[i] = (left[i] + right[i]) * 0.5f;
+}
+
+MIRL_WIDE_LOOP bool anyAbove(const float* x, std::size_t n, float threshold) {
+    int count = 0; // a count, not an early exit, so that the loop vectorises
+    for (std::size_t i = 0; i < n; ++i)
+        count += std::fabs(x[i]) > threshold ? 1 : 0;
+    return count > 0;
+}
+
+// Sum and pan column of every bin between first and last.
+MIRL_WIDE_LOOP void panColumns(const float* magL, const float* magR, int first, int last,
+                               float* sums, int* columns, int columnCount) {
+    for (int k = first; k <= last; ++k) {
+        const float s = magL[k] + magR[k];
+        const float pan = s > 0.0f ? (magR[k] - magL[k]) / s : 0.0f;
+        // (pan + 1) / 2 x (columns - 1) is never negative, so adding a half and truncating
+        // rounds halves away from zero.
+        const float x = (pan + 1.0f) * 0.5f * float(columnCount - 1) + 0.5f;
+        sums[k] = s;
+        columns[k] = std::clamp(int(x), 0, columnCount - 1);
+    }
 }
 
 void ensureSize(std::vector<float>& v, std::size_t n) {
@@ -135,11 +181,7 @@ void AudioEQ::processBlock(std::span<const AudioBuffer> buffers) {
             float* l = m_left.data();
             float* r = m_right.data();
             if (channels == 2) {
-                // The common case, in a loop the compiler can vectorise.
-                for (std::size_t i = 0; i < frames; ++i) {
-                    l[i] = s[2 * i];
-                    r[i] = s[2 * i + 1];
-                }
+                deinterleaveStereo(s, l, r, frames);
             } else {
                 const std::size_t rightOffset = channels >= 2 ? 1 : 0;
                 for (std::size_t i = 0; i < frames; ++i) {
@@ -163,20 +205,11 @@ void AudioEQ::processBlock(std::span<const AudioBuffer> buffers) {
         // Scale private copies: the delivered buffers belong to the backend.
         ensureSize(m_left, n);
         ensureSize(m_right, n);
-        float* l = m_left.data();
-        float* r = m_right.data();
-        float* mono = m_mono.data();
-        for (std::size_t i = 0; i < n; ++i) {
-            l[i] = left[i] * gain;
-            r[i] = right[i] * gain;
-            mono[i] = (l[i] + r[i]) * 0.5f;
-        }
-        left = l;
-        right = r;
+        scaleAndMix(left, right, gain, m_left.data(), m_right.data(), m_mono.data(), n);
+        left = m_left.data();
+        right = m_right.data();
     } else {
-        float* mono = m_mono.data();
-        for (std::size_t i = 0; i < n; ++i)
-            mono[i] = (left[i] + right[i]) * 0.5f;
+        mixMono(left, right, m_mono.data(), n);
     }
 
     processMono(m_mono.data(), n);
@@ -229,17 +262,18 @@ void AudioEQ::analyze(const float* frame, double dt) {
         m_smoothed[i] = flushTiny(m_smoothed[i] + (m_shaped[i] - m_smoothed[i]) * k);
     }
 
+    // Only delivery is limited: the follower above advances on every frame. The levels are the
+    // follower scaled by the sensitivity, and only a delivery needs them.
+    const double now = m_clock.now();
+    if (!(now - m_lastEmit > emitInterval))
+        return;
+    m_lastEmit = now;
+
     const double sensitivity = m_vizConfig.value(sensitivityKey);
     for (int i = 0; i < bandCount; ++i) {
         const double v = double(m_smoothed[i]) * sensitivity;
         m_levels[i] = v <= 0 ? 0.0 : (v > 1 ? 1.0 : v);
     }
-
-    // Only delivery is limited: the follower above advances on every frame.
-    const double now = m_clock.now();
-    if (!(now - m_lastEmit > emitInterval))
-        return;
-    m_lastEmit = now;
 
     if (debugEnabled()) {
         ++m_debugFrames;
@@ -254,9 +288,7 @@ void AudioEQ::analyze(const float* frame, double dt) {
         }
     }
 
-    bool hasSignal = false;
-    for (int i = 0; i < fftSize && !hasSignal; ++i)
-        hasSignal = std::fabs(frame[i]) > 1e-6f;
+    const bool hasSignal = anyAbove(frame, fftSize, 1e-6f);
 
     LevelsFrame& out = m_levelsOut.back();
     out.generation = m_captureGeneration;
@@ -371,15 +403,7 @@ void AudioEQ::analyzeStereo(double now) {
         // Sums and columns first, in a loop that vectorises; then each column keeps its peak.
         float* sums = m_stereoSum.data();
         int* columns = m_stereoColumn.data();
-        for (int k = first; k <= last; ++k) {
-            const float s = m_magL[k] + m_magR[k];
-            const float pan = s > 0.0f ? (m_magR[k] - m_magL[k]) / s : 0.0f;
-            // (pan + 1) / 2 x 95 is never negative, so adding a half and truncating rounds
-            // halves away from zero.
-            const float x = (pan + 1.0f) * 0.5f * 95.0f + 0.5f;
-            sums[k] = s;
-            columns[k] = std::clamp(int(x), 0, stereoCols - 1);
-        }
+        panColumns(m_magL.data(), m_magR.data(), first, last, sums, columns, stereoCols);
         // Each column keeps its peak, not the sum. Neighbouring bins mostly land in the same
         // column; four partial maxima keep them from waiting on each other.
         std::array<std::array<float, stereoCols>, 4> lanes{};

@@ -1,4 +1,5 @@
 #include "audio/LoudnessMatcher.h"
+#include "audio/WideLoop.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,7 +8,7 @@ namespace MirlPlayer {
 
 namespace {
 
-double meanSquare(const float* x, std::size_t n) {
+MIRL_WIDE_LOOP double meanSquare(const float* x, std::size_t n) {
     if (n == 0)
         return 0.0;
     // Eight independent partial sums: the loop vectorises, and no sum grows long enough to lose

@@ -1,4 +1,5 @@
 #include "audio/Spectrum.h"
+#include "audio/WideLoop.h"
 
 #include <QtGlobal>
 #include <algorithm>
@@ -19,16 +20,13 @@ std::mutex& plannerMutex() {
 // The scale of the normalised Hann window: its root mean square is 1.
 constexpr double hannNorm = 0.8165;
 
-// The two loops around the transform run on every frame; on machines with AVX2 they run twice as
-// wide. The choice is made once, when the program loads.
-__attribute__((target_clones("avx2", "default"))) void
-applyWindow(const float* samples, const float* window, float* in, int n) {
+// The two loops around the transform run on every frame.
+MIRL_WIDE_LOOP void applyWindow(const float* samples, const float* window, float* in, int n) {
     for (int i = 0; i < n; ++i)
         in[i] = samples[i] * window[i];
 }
 
-__attribute__((target_clones("avx2", "default"))) void magnitudesOf(const float* x, float* out,
-                                                                    int half, float scale) {
+MIRL_WIDE_LOOP void magnitudesOf(const float* x, float* out, int half, float scale) {
     // x holds half + 1 complex bins as (re, im) pairs.
     for (int k = 1; k < half; ++k) {
         const float re = x[2 * k];

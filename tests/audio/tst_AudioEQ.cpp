@@ -187,6 +187,23 @@ private Q_SLOTS:
         QCOMPARE(rig.calls, (QStringList{"active", "levels"}));
     }
 
+    void blocksOnTheSampleQueueReachTheGuiThread() {
+        Rig rig;
+        const auto block = sine(1000, 0.1, 2048);
+        const TapFormat format{rate, true, 2, false};
+        AudioEQ& eq = *rig.eq;
+        rig.clock.set(0.1);
+        eq.sampleQueue().sync([&] {
+            QVERIFY(eq.sampleQueue().isCurrent());
+            eq.processBlock(block.data(), 2048, format);
+        });
+        QCOMPARE(rig.levels.size(), 0); // nothing is called on the sample queue
+        rig.deliver();
+        QCOMPARE(rig.levels.size(), 1);
+        QCOMPARE(rig.curves.size(), 1);
+        QVERIFY(rig.levels.last()[68] > 0.5);
+    }
+
     void emissionIsStrictlyLimitedToThirtyPerSecond() {
         Rig rig;
         const auto block = sine(1000, 0.1, 2048);
