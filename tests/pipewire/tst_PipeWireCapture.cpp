@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QJsonObject>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <cmath>
@@ -250,6 +251,20 @@ private Q_SLOTS:
         }
         capture.teardown();
         m_session->stopPlayer(player);
+    }
+
+    void withoutASoundServerNothingIsFoundAndNothingStarts() {
+        QTemporaryDir empty;
+        const QByteArray saved = qgetenv("XDG_RUNTIME_DIR");
+        qputenv("XDG_RUNTIME_DIR", empty.path().toUtf8());
+        PipeWireCapture capture;
+        const quint64 object = capture.audioObject(qint64(QCoreApplication::applicationPid()));
+        const auto result = capture.startCapture(42);
+        qputenv("XDG_RUNTIME_DIR", saved);
+        QCOMPARE(object, quint64(0));
+        QVERIFY(std::holds_alternative<CaptureBackend::Failure>(result));
+        QCOMPARE(std::get<CaptureBackend::Failure>(result).step, QStringLiteral("ConnectServer"));
+        QVERIFY(!capture.hasStream());
     }
 
     void aProcessWithoutSoundHasNoAudioObject_data() {
