@@ -164,6 +164,13 @@ private Q_SLOTS:
         QVERIFY(!hasCaptureNode(m_session->dump()));
         QVERIFY(!m_engine->isSupervising());
         QCOMPARE(m_settings->status(), QStringLiteral("Play a song to check audio capture."));
+        // Nothing of the engine runs now: no supervisor tick, no analysis, no levels.
+        int deliveries = 0;
+        const auto counting = connect(m_levels.get(), &LevelsStore::levelsChanged, this,
+                                      [&deliveries] { ++deliveries; });
+        QTest::qWait(1000);
+        disconnect(counting);
+        QCOMPARE(deliveries, 0);
 
         bus.call(QDBusMessage::createMethodCall(
             QStringLiteral("org.mpris.MediaPlayer2.mpv"), QStringLiteral("/org/mpris/MediaPlayer2"),
