@@ -1,4 +1,5 @@
 #include "app/AppDelegate.h"
+#include "app/AudioEngineHost.h"
 #include "app/FactoryPreferences.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
@@ -78,6 +79,11 @@ int main(int argc, char* argv[]) {
             });
         panel->show();
     };
+    // The audio engine: the player's own output through PipeWire, started by the player gate.
+    AudioEngineHost audio(bridge);
+    delegate.player().setAudioEngineStarter(
+        [&audio](PlayerState& state) { audio.startFor(state); });
+    hooks.stopAudioEngine = [&audio](PlayerState&) { audio.stop(); };
     delegate.setHooks(std::move(hooks));
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);

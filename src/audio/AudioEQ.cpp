@@ -1,6 +1,7 @@
 #include "audio/AudioEQ.h"
 
 #include "core/Preferences.h"
+#include "platform/SleepWatch.h"
 #include "visualizers/VizConfig.h"
 
 namespace MirlPlayer {
@@ -21,6 +22,17 @@ AudioEQ::AudioEQ(Preferences& prefs, VizConfig& vizConfig, Clock& clock, const E
     , m_captureGeneration(QUuid::createUuid())
     , m_levelsOut(this, [this](const LevelsFrame& f) { deliverLevels(f); })
     , m_stereoOut(this, [this](const StereoFrame& f) { deliverStereo(f); })
+    , m_ensureTimer(
+          clock, [this] { refresh(); }, this)
+    , m_stopGrace(
+          clock,
+          [this] {
+              m_wantCapture = false;
+              refresh();
+          },
+          this)
+    , m_wakeRefresh(
+          clock, [this] { refresh(); }, this)
     , m_sampleQueue(QStringLiteral("notch.audio.capture"), QThread::HighestPriority) {
     // The switch is read on every block; the preferences live on the GUI thread, so the sample
     // side reads a copy that follows every change.
@@ -31,7 +43,16 @@ AudioEQ::AudioEQ(Preferences& prefs, VizConfig& vizConfig, Clock& clock, const E
     });
 }
 
-AudioEQ::~AudioEQ() = default;
+AudioEQ::~AudioEQ() {
+    // The capture goes before the sample queue: after this no block is delivered.
+    if (m_sleepWatch)
+        m_sleepWatch->stopObserving();
+    if (m_backend) {
+        m_backend->teardown();
+        m_backend->setBlockHandler(nullptr);
+        m_backend->setEndedHandler(nullptr);
+    }
+}
 
 const EQTuning& AudioEQ::tuning() const {
     return m_tuning ? *m_tuning : EQTuning::shared();

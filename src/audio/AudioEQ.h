@@ -1,12 +1,15 @@
 #pragma once
 
 #include "audio/AudioFormat.h"
+#include "audio/CaptureTimer.h"
 #include "audio/EQTuning.h"
 #include "audio/LoudnessMatcher.h"
 #include "audio/MainThreadHandoff.h"
 #include "audio/Spectrum.h"
 #include "core/Clock.h"
 #include "core/SerialQueue.h"
+#include "platform/CaptureBackend.h"
+#include "playback/Snapshot.h"
 
 #include <QList>
 #include <QObject>
@@ -22,6 +25,7 @@
 namespace MirlPlayer {
 
 class Preferences;
+class SleepWatch;
 class VizConfig;
 
 // 128 band levels in 0...1, index 0 the lowest band (40 Hz at 48 kHz), the highest 16 kHz.
@@ -73,6 +77,50 @@ public:
     double lastSignalAt() const { return m_lastSignalAt; }
     // Written only by captureReset(), which runs while the GUI thread waits for it.
     QUuid captureGeneration() const { return m_captureGeneration; }
+
+    // ---- capture supervision (GUI thread; code in AudioEQCapture.cpp) ------------------------
+
+    // How the player of a source is found: its pid while it runs, and its name for messages
+    // ("Spotify", "Apple Music", or the player's own name). Either may be unset.
+    struct PlayerLookup {
+        std::function<std::optional<qint64>(Source)> pid;
+        std::function<QString(Source)> displayName;
+    };
+    static constexpr double supervisorInterval = 2.0;
+    static constexpr double stopGraceInterval = 1.5;
+    static constexpr double wakeDelay = 0.5;
+    static constexpr double watchdogInterval = 6.0;
+
+    // Set before start(); none is owned. Without a backend no capture ever starts.
+    void setCaptureBackend(CaptureBackend* backend);
+    void setPlayerLookup(PlayerLookup lookup) { m_playerLookup = std::move(lookup); }
+    void setSleepWatch(SleepWatch* watch) { m_sleepWatch = watch; }
+
+    // Once, after the callbacks are set: observes wake from sleep and supervises the capture.
+    void start();
+    // At exit: nothing wanted, no timers, no wake observer, capture torn down.
+    void stop();
+    // The player to listen to by its source name ("Spotify", "Music"); a change tears down.
+    void setSource(const QString& name);
+    // The outside wish. Not wanting without `stopNow` waits out a grace before stopping, so a
+    // brief lapse of the wish does not rebuild the capture.
+    void setCapture(bool want, bool stopNow);
+    // "Try Again": the failure is forgotten and the capture rebuilt.
+    void retry();
+    // After a wake from sleep: rebuilt shortly after.
+    void handleWake();
+    // The supervisor: brings the capture in line with the wish and the player.
+    void refresh();
+    // Runs the capture timers that are due by the clock (their own QTimers call it too).
+    void pollTimers();
+
+    Source source() const { return m_source; }
+    qint64 tappedPID() const { return m_tappedPID; }
+    std::optional<qint64> failedPID() const { return m_failedPID; }
+    bool wantCapture() const { return m_wantCapture; }
+    double startedAt() const { return m_startedAt; }
+    bool isSupervising() const { return m_ensureTimer.isActive(); }
+    bool isStopGraceArmed() const { return m_stopGrace.isActive(); }
 
     // ---- sample queue -----------------------------------------------------------------------
     // Everything below runs on `sampleQueue` (or on any one thread while the queue is idle).
@@ -136,6 +184,15 @@ private:
     void deliverLevels(const LevelsFrame& frame);
     void deliverStereo(const StereoFrame& frame);
 
+    // Capture side (AudioEQCapture.cpp).
+    void startTap(qint64 pid);
+    void fail(qint64 pid, const QString& what, int code);
+    void teardown();
+    void captureEnded(quint64 captureID);
+    void updateSupervisor();
+    QString labelFor(Source source) const;
+    static void debugLine(const QString& message);
+
     Preferences& m_prefs;
     VizConfig& m_vizConfig;
     Clock& m_clock;
@@ -187,6 +244,21 @@ private:
     double m_lastSignalAt = Clock::distantPast;
     MainThreadHandoff<LevelsFrame> m_levelsOut;
     MainThreadHandoff<StereoFrame> m_stereoOut;
+
+    // Capture supervision, GUI side.
+    CaptureBackend* m_backend = nullptr;
+    PlayerLookup m_playerLookup;
+    SleepWatch* m_sleepWatch = nullptr;
+    bool m_started = false;
+    quint64 m_captureID = 0; // the backend's name of the running capture, 0 = none
+    qint64 m_tappedPID = -1;
+    CaptureTimer m_ensureTimer;
+    Source m_source = Source::spotify;
+    std::optional<qint64> m_failedPID;
+    double m_startedAt = Clock::distantPast;
+    bool m_wantCapture = false;
+    CaptureTimer m_stopGrace;
+    CaptureTimer m_wakeRefresh;
 
     // Last, so that it stops first: no block runs while the members above are destroyed.
     SerialQueue m_sampleQueue;
