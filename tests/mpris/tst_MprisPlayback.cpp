@@ -73,11 +73,14 @@ private Q_SLOTS:
         player.start();
         const QString title = titleOf(bus(), envPlayer);
         QVERIFY(!title.isEmpty());
+        // The first sample is due 0.2 s after start and normally lands well under 0.5 s; the
+        // limit here is generous because a loaded machine must not fail the suite. The time is
+        // printed for the record.
         QTRY_VERIFY2_WITH_TIMEOUT(player.title() == title && player.isPlaying(),
                                   qPrintable(QStringLiteral("%1 / %2 after %3 ms")
                                                  .arg(player.title(), title)
                                                  .arg(timer.elapsed())),
-                                  500);
+                                  5000);
         qInfo() << "first sample applied after" << timer.elapsed() << "ms";
         QCOMPARE(player.artist(), QStringLiteral("Mirl Test Ensemble"));
         QCOMPARE(player.album(), QStringLiteral("Private Bus Sessions"));
