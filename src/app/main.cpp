@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/AudioEngineHost.h"
 #include "app/FactoryPreferences.h"
+#include "audio/AudioCaptureSettings.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
 #include "look/LookTypes.h"
@@ -67,6 +68,7 @@ int main(int argc, char* argv[]) {
     AppDelegate delegate(Preferences::shared(), &bridge);
     std::unique_ptr<SkeletonPanel> panel;
     MirlBusService busService(&delegate.player(), delegate.player().clock());
+    busService.setAudioSources(&AudioCaptureSettings::shared(), delegate.player().eqStore());
     busService.registerOn(QDBusConnection::sessionBus());
     AppDelegate::Hooks hooks;
     hooks.buildPanel = [&panel, &busService](AppDelegate& app) {
