@@ -1,5 +1,17 @@
 # Helpers shared by every subsystem, test and benchmark.
 
+# mirl_add_subfolders(): adds every folder below the current one that has a CMakeLists.txt, in
+# name order, so that a new subsystem, seam or benchmark needs no edit elsewhere.
+function(mirl_add_subfolders)
+  file(GLOB dirs LIST_DIRECTORIES true ${CMAKE_CURRENT_SOURCE_DIR}/*)
+  list(SORT dirs)
+  foreach(dir IN LISTS dirs)
+    if(IS_DIRECTORY ${dir} AND EXISTS ${dir}/CMakeLists.txt)
+      add_subdirectory(${dir})
+    endif()
+  endforeach()
+endfunction()
+
 # mirl_add_test(<name> SOURCES <files...> LIBS <targets...> [LABELS <labels...>] [TIMEOUT <s>])
 # One Qt Test executable registered with CTest. Every test gets a private HOME and XDG folders so
 # that nothing a test writes can touch the user's files or another test's.

@@ -62,12 +62,19 @@ bool Preferences::boolValue(const QString& key, bool fallback) const {
 }
 
 double Preferences::doubleValue(const QString& key, double fallback) const {
+    const auto number = numberValue(key);
+    return number && std::isfinite(*number) ? *number : fallback;
+}
+
+std::optional<double> Preferences::numberValue(const QString& key) const {
     const QVariant v = m_settings.value(key);
     bool ok = false;
     double d = 0;
     switch (v.typeId()) {
     case QMetaType::Int:
     case QMetaType::LongLong:
+    case QMetaType::UInt:
+    case QMetaType::ULongLong:
     case QMetaType::Double:
     case QMetaType::Float:
         d = v.toDouble(&ok);
@@ -78,7 +85,7 @@ double Preferences::doubleValue(const QString& key, double fallback) const {
     default:
         break;
     }
-    return ok && std::isfinite(d) ? d : fallback;
+    return ok ? std::optional<double>(d) : std::nullopt;
 }
 
 int Preferences::intValue(const QString& key, int fallback) const {

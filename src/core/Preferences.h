@@ -5,6 +5,7 @@
 #include <QString>
 #include <QVariant>
 #include <QVariantMap>
+#include <optional>
 
 namespace MirlPlayer {
 
@@ -28,6 +29,8 @@ public:
 
     bool boolValue(const QString& key, bool fallback) const;
     double doubleValue(const QString& key, double fallback) const;
+    // A stored number as it stands, infinities and NaN included; text counts when it parses.
+    std::optional<double> numberValue(const QString& key) const;
     int intValue(const QString& key, int fallback) const;
     QString stringValue(const QString& key, const QString& fallback = {}) const;
     QVariantMap mapValue(const QString& key) const; // empty when absent or not a dictionary

@@ -64,31 +64,8 @@ double clampOpacity(double v) {
     return std::isfinite(v) ? std::clamp(v, 0.0, 1.0) : 0.5;
 }
 
-// A stored number, including one that is not finite; text is read as a number when it parses.
-std::optional<double> storedNumber(const Preferences& prefs, const QString& key) {
-    const QVariant v = prefs.object(key);
-    bool ok = false;
-    double d = 0;
-    switch (v.typeId()) {
-    case QMetaType::Int:
-    case QMetaType::LongLong:
-    case QMetaType::UInt:
-    case QMetaType::ULongLong:
-    case QMetaType::Double:
-    case QMetaType::Float:
-        d = v.toDouble(&ok);
-        break;
-    case QMetaType::QString:
-        d = v.toString().trimmed().toDouble(&ok);
-        break;
-    default:
-        break;
-    }
-    return ok ? std::optional<double>(d) : std::nullopt;
-}
-
 std::optional<double> storedFinite(const Preferences& prefs, const QString& key) {
-    const std::optional<double> d = storedNumber(prefs, key);
+    const std::optional<double> d = prefs.numberValue(key);
     return d && std::isfinite(*d) ? d : std::nullopt;
 }
 
@@ -192,9 +169,9 @@ void Theme::load() {
         m_prefs.setValue(Key::glassDensityVersion, kDensityVersion);
     }
     m_frostedGlassOpacity =
-        clampOpacity(storedNumber(m_prefs, Key::frostedGlassOpacity).value_or(density));
+        clampOpacity(m_prefs.numberValue(Key::frostedGlassOpacity).value_or(density));
     m_liquidGlassOpacity =
-        clampOpacity(storedNumber(m_prefs, Key::liquidGlassOpacity).value_or(density));
+        clampOpacity(m_prefs.numberValue(Key::liquidGlassOpacity).value_or(density));
     m_prefs.setValue(Key::frostedGlassOpacity, m_frostedGlassOpacity);
     m_prefs.setValue(Key::liquidGlassOpacity, m_liquidGlassOpacity);
 
