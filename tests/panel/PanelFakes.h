@@ -1,6 +1,6 @@
 #pragma once
 
-#include "panel/logic/NotchPanel.h"
+#include "platform/NotchPanel.h"
 #include "platform/Pointer.h"
 #include "platform/ScreenInfo.h"
 #include "platform/WindowFacts.h"

@@ -4,7 +4,7 @@
 #include "core/Debouncer.h"
 #include "panel/logic/MirlStateSignal.h"
 #include "panel/logic/NotchLayout.h"
-#include "panel/logic/NotchPanel.h"
+#include "platform/NotchPanel.h"
 #include "panel/logic/PanelDebugLog.h"
 #include "panel/logic/PanelGeometry.h"
 #include "panel/logic/PointerGuard.h"

@@ -4,8 +4,9 @@
 
 namespace MirlPlayer {
 
-// What the panel controller needs of the panel window: one borderless, screen-wide window that
-// never activates the application. The Qt Quick window implements it; tests use a fake.
+// The seam to the panel window, as the panel controller drives it: one borderless, screen-wide
+// window that never activates the application. X11NotchPanel adapts a Qt window to it; tests use
+// a fake.
 // Rectangles given to `setFrame` are screen points with a bottom-left origin; the hit rectangle
 // is in the window's own coordinates (top-left origin), as the view draws.
 class NotchPanel {
