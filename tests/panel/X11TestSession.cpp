@@ -94,28 +94,53 @@ X11TestSession::~X11TestSession() {
         QFile::remove(QString::fromLocal8Bit(m_busPath));
 }
 
-ForeignWindow::ForeignWindow(QRect r, bool overrideRedirect, bool fullscreen) {
+ForeignWindow::ForeignWindow(QRect r, bool overrideRedirect, bool fullscreen)
+    : ForeignWindow(r, [&] {
+        Options o = Options::inState(fullscreen ? "_NET_WM_STATE_FULLSCREEN" : "");
+        o.overrideRedirect = overrideRedirect;
+        return o;
+    }()) {}
+
+ForeignWindow::ForeignWindow(QRect r, const Options& o) {
     m_display = XOpenDisplay(nullptr);
     if (!m_display)
         return;
+    auto atom = [this](const QByteArray& name) { return XInternAtom(m_display, name.constData(), False); };
+    auto setAtom = [&](const char* property, const QByteArray& value) {
+        const Atom a = atom(value);
+        XChangeProperty(m_display, m_window, atom(property), XA_ATOM, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(&a), 1);
+    };
     XSetWindowAttributes attrs{};
-    attrs.override_redirect = overrideRedirect ? True : False;
+    attrs.override_redirect = o.overrideRedirect ? True : False;
     attrs.background_pixel = 0x203040;
     m_window = XCreateWindow(m_display, DefaultRootWindow(m_display), r.x(), r.y(), r.width(),
                              r.height(), 0, CopyFromParent, InputOutput, CopyFromParent,
                              CWOverrideRedirect | CWBackPixel, &attrs);
-    XClassHint hint{const_cast<char*>("foreign"), const_cast<char*>("Foreign")};
+    QByteArray cls = o.wmClass;
+    XClassHint hint{const_cast<char*>("foreign"), cls.data()};
     XSetClassHint(m_display, m_window, &hint);
     const unsigned long pid = 99999;
-    XChangeProperty(m_display, m_window, XInternAtom(m_display, "_NET_WM_PID", False), XA_CARDINAL,
-                    32, PropModeReplace, reinterpret_cast<const unsigned char*>(&pid), 1);
-    if (fullscreen) {
-        const Atom state = XInternAtom(m_display, "_NET_WM_STATE_FULLSCREEN", False);
-        XChangeProperty(m_display, m_window, XInternAtom(m_display, "_NET_WM_STATE", False),
-                        XA_ATOM, 32, PropModeReplace,
-                        reinterpret_cast<const unsigned char*>(&state), 1);
+    XChangeProperty(m_display, m_window, atom("_NET_WM_PID"), XA_CARDINAL, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(&pid), 1);
+    if (!o.type.isEmpty())
+        setAtom("_NET_WM_WINDOW_TYPE", o.type);
+    if (!o.state.isEmpty())
+        setAtom("_NET_WM_STATE", o.state);
+    if (o.opacity) {
+        const unsigned long v = *o.opacity;
+        XChangeProperty(m_display, m_window, atom("_NET_WM_WINDOW_OPACITY"), XA_CARDINAL, 32,
+                        PropModeReplace, reinterpret_cast<const unsigned char*>(&v), 1);
     }
     XMapRaised(m_display, m_window);
+    XSync(m_display, False);
+}
+
+void ForeignWindow::activate() {
+    const Window w = m_window;
+    XChangeProperty(m_display, DefaultRootWindow(m_display),
+                    XInternAtom(m_display, "_NET_ACTIVE_WINDOW", False), XA_WINDOW, 32,
+                    PropModeReplace, reinterpret_cast<const unsigned char*>(&w), 1);
     XSync(m_display, False);
 }
 

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QRect>
 #include <QString>
+#include <optional>
 #include <sys/types.h>
 
 struct _XDisplay;
@@ -32,7 +33,35 @@ private:
 // A window of another (pretend) process, pid 99999 and class "Foreign", made with Xlib.
 class ForeignWindow {
 public:
+    struct Options {
+        bool overrideRedirect = false;
+        QByteArray type;  // a _NET_WM_WINDOW_TYPE_* name
+        QByteArray state; // a _NET_WM_STATE_* name
+        std::optional<unsigned long> opacity;
+        QByteArray wmClass = "Foreign";
+
+        static Options ofType(QByteArray type, bool overrideRedirect = false) {
+            Options o;
+            o.type = type;
+            o.overrideRedirect = overrideRedirect;
+            return o;
+        }
+        static Options inState(QByteArray state) {
+            Options o;
+            o.state = state;
+            return o;
+        }
+        static Options ofClass(QByteArray wmClass) {
+            Options o;
+            o.wmClass = wmClass;
+            return o;
+        }
+    };
+    ForeignWindow(QRect geometry, const Options& options);
     ForeignWindow(QRect geometry, bool overrideRedirect, bool fullscreen);
+    unsigned long id() const { return m_window; }
+    // Makes this window the active one, as a window manager would.
+    void activate();
     ~ForeignWindow();
     ForeignWindow(const ForeignWindow&) = delete;
     ForeignWindow& operator=(const ForeignWindow&) = delete;
