@@ -22,8 +22,8 @@ namespace {
 WindowList fortyWindows() {
     WindowList list;
     for (int i = 0; i < 34; ++i)
-        list << window(QStringLiteral("app%1").arg(i % 7), 0,
-                       QRectF(40 * i, 30 + 10 * i, 800, 600), 1000 + i % 7);
+        list << window(QStringLiteral("app%1").arg(i % 7), 0, QRectF(40 * i, 30 + 10 * i, 800, 600),
+                       1000 + i % 7);
     list << window("panel", 25, QRectF(0, 0, 1512, 24), 900);
     list << window("dock", 20, QRectF(300, 930, 900, 52), 901);
     list << window("notifications", 23, QRectF(1100, 30, 400, 120), 902);
@@ -127,6 +127,7 @@ int main(int argc, char** argv) {
     std::printf("{\"bench\":\"panel_tick\",\"ns_cached\":%.0f,\"ns_fresh_40\":%.0f,"
                 "\"ns_fresh_40_x11\":%.0f,\"x11_windows\":%d,\"ratio_fresh_to_cached\":%.2f,"
                 "\"ratio_x11_to_cached\":%.2f}\n",
-                cached, fresh, x11Tick, x11Count, fresh / cached, x11Tick > 0 ? x11Tick / cached : 0);
+                cached, fresh, x11Tick, x11Count, fresh / cached,
+                x11Tick > 0 ? x11Tick / cached : 0);
     return 0;
 }

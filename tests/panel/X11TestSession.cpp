@@ -105,7 +105,9 @@ ForeignWindow::ForeignWindow(QRect r, const Options& o) {
     m_display = XOpenDisplay(nullptr);
     if (!m_display)
         return;
-    auto atom = [this](const QByteArray& name) { return XInternAtom(m_display, name.constData(), False); };
+    auto atom = [this](const QByteArray& name) {
+        return XInternAtom(m_display, name.constData(), False);
+    };
     auto setAtom = [&](const char* property, const QByteArray& value) {
         const Atom a = atom(value);
         XChangeProperty(m_display, m_window, atom(property), XA_ATOM, 32, PropModeReplace,

@@ -150,8 +150,7 @@ private Q_SLOTS:
         QTest::addColumn<int>("stage");
         QTest::addColumn<double>("leftEdge");
         QTest::addColumn<double>("expected");
-        QTest::newRow("edge far right leaves the pill in place")
-            << 1512.0 << 0 << 1400.0 << 756.0;
+        QTest::newRow("edge far right leaves the pill in place") << 1512.0 << 0 << 1400.0 << 756.0;
         QTest::newRow("edge over the pill moves it left of the edge")
             << 1512.0 << 0 << 740.0 << 740.0 - 12 - 33;
         QTest::newRow("an open card keeps clear with its own width")

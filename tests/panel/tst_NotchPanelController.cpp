@@ -13,10 +13,10 @@ using namespace MirlPlayer::Test;
 namespace {
 
 // Points on the 1512 x 982 screen (bottom-left origin).
-const QPointF inTrigger(756, 930);    // on the resting pill under the notch
-const QPointF inTopStrip(756, 970);   // the full-screen trigger strip under the notch
-const QPointF onCard(600, 800);       // on the open card, outside the trigger
-const QPointF nearPill(650, 850);     // near the resting pill but outside the trigger
+const QPointF inTrigger(756, 930);  // on the resting pill under the notch
+const QPointF inTopStrip(756, 970); // the full-screen trigger strip under the notch
+const QPointF onCard(600, 800);     // on the open card, outside the trigger
+const QPointF nearPill(650, 850);   // near the resting pill but outside the trigger
 const QPointF faraway(100, 100);
 
 const WindowRecord fullScreenVideo = window("mpv", 0, QRectF(0, 0, 1512, 982), 300);
@@ -50,8 +50,8 @@ struct Harness {
         out.broadcast = [this](const MirlState& s) { states << s; };
         out.setPollingFast = [this](bool fast) { polling << fast; };
         pointer.at = faraway;
-        controller = std::make_unique<NotchPanelController>(clock, screens, pointer, windows, in,
-                                                            out);
+        controller =
+            std::make_unique<NotchPanelController>(clock, screens, pointer, windows, in, out);
         controller->setForceExpanded(forced);
         controller->setPointerGuard(guard);
         controller->setDebugLog(PanelDebugLog(home.isEmpty() ? QDir::tempPath() + "/none" : home));
@@ -465,9 +465,9 @@ private Q_SLOTS:
         h.clock.advance(0.06);
         QVERIFY(h.controller->screenDebouncer().poll());
         QCOMPARE(h.windows.reads, reads + 1); // all three tests read afresh
-        QCOMPARE(h.logs.last(),
-                 QStringLiteral(
-                     "Panel placement refreshed after display change/wake; overview=false"));
+        QCOMPARE(
+            h.logs.last(),
+            QStringLiteral("Panel placement refreshed after display change/wake; overview=false"));
         QCOMPARE(h.panel.currentFrame, QRectF(0, 1080 - 498, 1920, 498));
         QCOMPARE(h.controller->layout()->pillCenterX(), 960.0);
     }

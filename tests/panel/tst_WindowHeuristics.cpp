@@ -156,13 +156,11 @@ private Q_SLOTS:
     }
 
     void digestListsFloatingWindowsThenTheTallestOrdinaryOnes() {
-        const WindowList list{window("b", 0, QRectF(0, 0, 10, 100)),
-                              window("menu", 101, QRectF(1, 2, 3, 4)),
-                              window("c", 0, QRectF(0, 0, 10, 300)),
-                              window("bar", 25, QRectF(0, 0, 1512, 24)),
-                              window("d", 0, QRectF(0, 0, 10, 200)),
-                              window("e", 0, QRectF(0, 0, 10, 50)),
-                              window("f", 5, QRectF(0, 0, 10, 900))};
+        const WindowList list{
+            window("b", 0, QRectF(0, 0, 10, 100)), window("menu", 101, QRectF(1, 2, 3, 4)),
+            window("c", 0, QRectF(0, 0, 10, 300)), window("bar", 25, QRectF(0, 0, 1512, 24)),
+            window("d", 0, QRectF(0, 0, 10, 200)), window("e", 0, QRectF(0, 0, 10, 50)),
+            window("f", 5, QRectF(0, 0, 10, 900))};
         WindowRecord anonymous = window("x", 20, QRectF(0, 0, 1, 1));
         anonymous.owner.reset();
         WindowList withAnonymous = list;

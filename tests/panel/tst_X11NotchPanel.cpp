@@ -27,7 +27,9 @@ public:
     QPoint lastPress;
 
 protected:
-    void paintEvent(QPaintEvent*) override { QPainter(this).fillRect(QRect(QPoint(), size()), Qt::darkGray); }
+    void paintEvent(QPaintEvent*) override {
+        QPainter(this).fillRect(QRect(QPoint(), size()), Qt::darkGray);
+    }
     void mousePressEvent(QMouseEvent* e) override {
         ++presses;
         lastPress = e->position().toPoint();
@@ -107,9 +109,9 @@ private Q_SLOTS:
 
         NotchPanelController::Outputs out;
         out.logLine = [this](const QString& l) { m_logs << l; };
-        m_controller = std::make_unique<NotchPanelController>(
-            Clock::system(), *m_screens, *m_pointer, *m_windows, NotchPanelController::Inputs{},
-            out);
+        m_controller =
+            std::make_unique<NotchPanelController>(Clock::system(), *m_screens, *m_pointer,
+                                                   *m_windows, NotchPanelController::Inputs{}, out);
         m_controller->setForceExpanded(false);
         pointerTo(100, 900);
         m_controller->start(m_panel.get());

@@ -34,17 +34,17 @@ private Q_SLOTS:
                                 << QByteArray("_NET_WM_WINDOW_TYPE_DIALOG") << 0;
         QTest::newRow("top panel stands where the menu bar is")
             << QRect(0, 0, 1512, 28) << false << QByteArray("_NET_WM_WINDOW_TYPE_DOCK") << 25;
-        QTest::newRow("bottom dock") << QRect(300, 930, 900, 52) << false
-                                     << QByteArray("_NET_WM_WINDOW_TYPE_DOCK") << 20;
+        QTest::newRow("bottom dock")
+            << QRect(300, 930, 900, 52) << false << QByteArray("_NET_WM_WINDOW_TYPE_DOCK") << 20;
         QTest::newRow("notification") << QRect(1100, 30, 400, 120) << false
-                                       << QByteArray("_NET_WM_WINDOW_TYPE_NOTIFICATION") << 23;
+                                      << QByteArray("_NET_WM_WINDOW_TYPE_NOTIFICATION") << 23;
         QTest::newRow("popup menu") << QRect(700, 24, 200, 300) << true
                                     << QByteArray("_NET_WM_WINDOW_TYPE_POPUP_MENU") << 101;
         QTest::newRow("dropdown menu of a managed window")
             << QRect(700, 24, 200, 300) << false << QByteArray("_NET_WM_WINDOW_TYPE_DROPDOWN_MENU")
             << 101;
-        QTest::newRow("unmanaged window of no type") << QRect(700, 24, 200, 300) << true
-                                                     << QByteArray() << 101;
+        QTest::newRow("unmanaged window of no type")
+            << QRect(700, 24, 200, 300) << true << QByteArray() << 101;
     }
     void mapsWindowKindsToLayers() {
         QFETCH(QRect, geometry);

@@ -23,7 +23,8 @@ NotchPanelController::NotchPanelController(Clock& clock, ScreenInfo& screens, Po
     , m_guard(&PointerGuard::shared())
     , m_forceExpanded(expandForced())
     , m_lastActivity(clock.now())
-    , m_screenDebounce(0.25, [this] { refreshPlacement(); }, clock) {
+    , m_screenDebounce(
+          0.25, [this] { refreshPlacement(); }, clock) {
     m_mouseTimer.setInterval(int(tickInterval * 1000));
     m_mouseTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_mouseTimer, &QTimer::timeout, this, &NotchPanelController::tick);
@@ -129,7 +130,8 @@ bool NotchPanelController::blockerTest(const ScreenDescription& screen) {
     readWindowsIfStale();
     const Context c = context(screen);
     // The resting place itself, never the dodged one, or the pill would chase its own shadow.
-    const double pillLeft = rectFor(c, pillPlacement(Stage::rest, c), NotchLayout::collapsedPill).x();
+    const double pillLeft =
+        rectFor(c, pillPlacement(Stage::rest, c), NotchLayout::collapsedPill).x();
     const double pillRight = pillLeft + NotchLayout::collapsedPill.width();
     const auto blocker = WindowHeuristics::findBlocker(
         m_windowsCache, displayRect(screen, m_screens.screens()), pillLeft, pillRight,
@@ -151,7 +153,8 @@ void NotchPanelController::tick() {
     readWindowsIfStale();
 
     // Overview: the panel goes away entirely and forgets its hover.
-    if (WindowHeuristics::overviewVisible(m_windowsCache, displayRect(*screen, m_screens.screens()))) {
+    if (WindowHeuristics::overviewVisible(m_windowsCache,
+                                          displayRect(*screen, m_screens.screens()))) {
         if (m_overviewActive)
             return;
         log(QStringLiteral("Panel hidden: Mission Control / overview detected"));
@@ -222,8 +225,8 @@ void NotchPanelController::tick() {
         broadcast(*screen);
     }
 
-    const double touched = now() - (m_inputs.settingsTouchedAt ? m_inputs.settingsTouchedAt()
-                                                               : Clock::distantPast);
+    const double touched =
+        now() - (m_inputs.settingsTouchedAt ? m_inputs.settingsTouchedAt() : Clock::distantPast);
     const bool holding = m_inputs.settingsHolding && m_inputs.settingsHolding();
     const bool previewLive = touched < 1.4 || (holding && touched < 30);
 
@@ -290,11 +293,11 @@ void NotchPanelController::requestStage(Stage target, const ScreenDescription& s
         return;
     Stage next;
     if (m_stage < target) {
-        next = m_stage == Stage::rest && !m_fullscreenActive ? Stage::open
-                                                             : Stage(int(m_stage) + 1);
+        next =
+            m_stage == Stage::rest && !m_fullscreenActive ? Stage::open : Stage(int(m_stage) + 1);
     } else {
-        next = m_stage == Stage::open && !m_fullscreenActive ? Stage::rest
-                                                             : Stage(int(m_stage) - 1);
+        next =
+            m_stage == Stage::open && !m_fullscreenActive ? Stage::rest : Stage(int(m_stage) - 1);
     }
     applyStage(next, screen);
 }
@@ -331,7 +334,8 @@ void NotchPanelController::placePill(Stage stage, const ScreenDescription& scree
     double centerX = placement.centerX;
     if (m_panelDodgeActive && m_panelLeftEdge < noLeftEdge)
         centerX = dodgeCorrectedCenterX(placement, c, m_panelLeftEdge);
-    m_layout.setPlacement(centerX, placement.top, placement.expanded, sizeFor(placement, c), motion);
+    m_layout.setPlacement(centerX, placement.top, placement.expanded, sizeFor(placement, c),
+                          motion);
     broadcast(screen);
 }
 
@@ -382,15 +386,16 @@ void NotchPanelController::applyHitRegion(const ScreenDescription& screen,
     const bool down = pointerDown();
     m_panel->setIgnoresMouseEvents(!(containsPoint(hit, p) || down));
     const QRectF frame = m_panel->frame();
-    m_panel->setHitRect(QRectF(hit.x() - frame.x(), topEdge(frame) - topEdge(hit), hit.width(),
-                               hit.height()));
+    m_panel->setHitRect(
+        QRectF(hit.x() - frame.x(), topEdge(frame) - topEdge(hit), hit.width(), hit.height()));
 }
 
 MirlState NotchPanelController::currentState(const ScreenDescription& screen) const {
-    const QSizeF size = m_layout.expanded()
-                            ? expandedSize(m_layout.libraryOpen(),
-                                           m_inputs.showVisualizer ? m_inputs.showVisualizer() : true)
-                            : NotchLayout::collapsedPill;
+    const QSizeF size =
+        m_layout.expanded()
+            ? expandedSize(m_layout.libraryOpen(),
+                           m_inputs.showVisualizer ? m_inputs.showVisualizer() : true)
+            : NotchLayout::collapsedPill;
     const QRectF& f = screen.frame;
     return {m_layout.expanded(), int(f.x() + m_layout.pillCenterX() - size.width() / 2),
             int(topEdge(f) - m_layout.pillTop() - size.height()), int(size.width()),
@@ -432,16 +437,16 @@ void NotchPanelController::log(const QString& line) {
 void NotchPanelController::writeDebugLine() {
     if (!m_debugLog.enabled())
         return;
-    const QString pos = pillPositionFromID(m_inputs.positionID ? m_inputs.positionID() : QString()) ==
-                                PillPosition::right
+    const QString pos = pillPositionFromID(m_inputs.positionID ? m_inputs.positionID()
+                                                               : QString()) == PillPosition::right
                             ? QStringLiteral("right")
                             : QStringLiteral("notch");
-    m_debugLog.append(QLocale::system().toString(QDateTime::currentDateTime(), QLocale::ShortFormat) +
-                      QStringLiteral("  fs=") +
-                      (m_fullscreenActive ? QStringLiteral("true") : QStringLiteral("false")) +
-                      QStringLiteral(" stage=") + stageName(m_stage) + QStringLiteral(" pos=") +
-                      pos + QStringLiteral(" | ") +
-                      WindowHeuristics::windowDigest(m_windows.onScreenWindows()));
+    m_debugLog.append(
+        QLocale::system().toString(QDateTime::currentDateTime(), QLocale::ShortFormat) +
+        QStringLiteral("  fs=") +
+        (m_fullscreenActive ? QStringLiteral("true") : QStringLiteral("false")) +
+        QStringLiteral(" stage=") + stageName(m_stage) + QStringLiteral(" pos=") + pos +
+        QStringLiteral(" | ") + WindowHeuristics::windowDigest(m_windows.onScreenWindows()));
 }
 
 } // namespace MirlPlayer

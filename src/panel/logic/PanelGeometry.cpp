@@ -102,7 +102,8 @@ QRectF triggerRect(const Context& c) {
         centreX = f.x() + f.width() / 2;
         w = std::max(c.notchSize.width(), 200.0);
     } else {
-        centreX = rightEdge(f) - NotchLayout::upRightMargin - NotchLayout::collapsedPill.width() / 2;
+        centreX =
+            rightEdge(f) - NotchLayout::upRightMargin - NotchLayout::collapsedPill.width() / 2;
         w = NotchLayout::collapsedPill.width() + 80;
     }
     return {centreX - w / 2, topEdge(f) - h, w, h};

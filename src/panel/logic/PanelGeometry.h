@@ -32,8 +32,12 @@ struct Placement {
     bool operator==(const Placement&) const = default;
 };
 
-inline double topEdge(const QRectF& r) { return r.y() + r.height(); }
-inline double rightEdge(const QRectF& r) { return r.x() + r.width(); }
+inline double topEdge(const QRectF& r) {
+    return r.y() + r.height();
+}
+inline double rightEdge(const QRectF& r) {
+    return r.x() + r.width();
+}
 // Half-open like the window server's own point test: the far edges are outside.
 inline bool containsPoint(const QRectF& r, QPointF p) {
     return p.x() >= r.x() && p.x() < r.x() + r.width() && p.y() >= r.y() &&

@@ -49,7 +49,8 @@ bool HoverIntent::hoverMayStart(PointerGuard& guard, double now, QPointF pointer
     if (!guard.passes(pointer))
         return false;
     if (waitingForExit) {
-        if (now - appearedAt >= 0.8 && distance(pointer, appearancePointer) >= PointerGuard::exitTravel)
+        if (now - appearedAt >= 0.8 &&
+            distance(pointer, appearancePointer) >= PointerGuard::exitTravel)
             waitingForExit = false;
         else
             return false;

@@ -3,8 +3,8 @@
 #include <cstring>
 
 // Xlib last: its macros must not reach Qt's headers.
-#include <X11/Xlib.h>
 #include <X11/Xatom.h>
+#include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
 namespace MirlPlayer::X11 {

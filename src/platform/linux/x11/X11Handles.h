@@ -44,8 +44,7 @@ private:
 
 // Typed reads of window properties. Each answers nothing when the property is missing, of
 // another type, or the window has gone (errors are swallowed by the installed handler).
-std::optional<std::vector<unsigned long>> cardinals(Display* d, Window w, Atom property,
-                                                    Atom type);
+std::optional<std::vector<unsigned long>> cardinals(Display* d, Window w, Atom property, Atom type);
 std::optional<unsigned long> cardinal(Display* d, Window w, Atom property, Atom type);
 // WM_CLASS as (instance, class).
 std::optional<std::pair<QByteArray, QByteArray>> wmClass(Display* d, Window w);

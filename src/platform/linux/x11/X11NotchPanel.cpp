@@ -82,7 +82,8 @@ void X11NotchPanel::applyInputRegion(bool force) {
     if (!m_ignores && !m_hitRect.isEmpty()) {
         const double dpr = m_window->devicePixelRatio();
         const QRectF r = m_hitRect;
-        region = QRectF(r.x() * dpr, r.y() * dpr, r.width() * dpr, r.height() * dpr).toAlignedRect();
+        region =
+            QRectF(r.x() * dpr, r.y() * dpr, r.width() * dpr, r.height() * dpr).toAlignedRect();
     }
     if (!force && m_everApplied && region == m_applied)
         return;

@@ -83,8 +83,7 @@ void X11Pointer::query() {
     Window root = 0, child = 0;
     int rootX = 0, rootY = 0, winX = 0, winY = 0;
     unsigned int mask = 0;
-    if (!XQueryPointer(d, DefaultRootWindow(d), &root, &child, &rootX, &rootY, &winX, &winY,
-                       &mask))
+    if (!XQueryPointer(d, DefaultRootWindow(d), &root, &child, &rootX, &rootY, &winX, &winY, &mask))
         return; // the pointer is on another screen of the display: keep the last reading
     m_last = ScreenFlip::current().toBottomLeft(QPointF(rootX, rootY));
     m_buttons = ((mask & Button1Mask) ? 1u : 0u) | ((mask & Button3Mask) ? 2u : 0u);

@@ -4,8 +4,8 @@
 #include <algorithm>
 
 // Xlib last: its macros must not reach Qt's headers.
-#include <X11/Xlib.h>
 #include <X11/Xatom.h>
+#include <X11/Xlib.h>
 
 namespace MirlPlayer {
 
@@ -119,8 +119,7 @@ std::optional<WindowList> X11WindowFacts::onScreenWindows() {
                    t == atom("_NET_WM_WINDOW_TYPE_DROPDOWN_MENU") ||
                    t == atom("_NET_WM_WINDOW_TYPE_COMBO") ||
                    t == atom("_NET_WM_WINDOW_TYPE_TOOLTIP") ||
-                   t == atom("_NET_WM_WINDOW_TYPE_DND") ||
-                   (a.override_redirect && t == 0)) {
+                   t == atom("_NET_WM_WINDOW_TYPE_DND") || (a.override_redirect && t == 0)) {
             r.layer = 101;
         } else {
             r.layer = 0;

@@ -4,8 +4,8 @@
 #include <QSocketNotifier>
 
 // Xlib last: its macros must not reach Qt's headers.
-#include <X11/Xlib.h>
 #include <X11/Xatom.h>
+#include <X11/Xlib.h>
 #include <X11/extensions/shape.h>
 
 namespace MirlPlayer {
