@@ -282,10 +282,17 @@ private Q_SLOTS:
         // Asking for the state the library is already in changes nothing.
         h.controller->setLibraryOpen(true);
         QVERIFY(!h.guard.anchor());
+        // The guard's own check reads the controller's pointer.
+        h.controller->setLibraryOpen(false);
+        h.pointer.at = onCard + QPointF(0, 31);
+        h.guard.check();
+        QVERIFY(!h.guard.anchor());
+        h.controller->setLibraryOpen(true);
         // The views ask through the layout.
         h.controller->layout()->requestLibrary(false);
         QVERIFY(!h.controller->layout()->libraryOpen());
         QVERIFY(h.guard.anchor());
+        QVERIFY(h.guard.checking());
     }
 
     void forcedOpenNeverClosesAndTheOverviewHidesIt() {
@@ -329,6 +336,8 @@ private Q_SLOTS:
         QCOMPARE(h.stage(), Stage::rest);
         QVERIFY(!h.controller->layout()->libraryOpen());
         QVERIFY(!h.controller->triggerSince());
+        QVERIFY(h.panel.ignoresMouse); // though the pointer is where the card was
+        QVERIFY(!h.panel.visible);
         h.run(1);
         QCOMPARE(h.logs.count(), 1); // logged once, however long it lasts
     }
@@ -499,7 +508,6 @@ private Q_SLOTS:
         marker.close();
         Harness h(false, home.path());
         h.windows.list = WindowList{popupOverPill};
-        h.windows.list->first().layer = 101;
         h.run(0.05);
         h.windows.list = WindowList{window("term", 0, QRectF(0, 30, 800, 600), 5)};
         h.run(1.1);

@@ -49,6 +49,7 @@ NotchPanelController::NotchPanelController(Clock& clock, ScreenInfo& screens, Po
 
 NotchPanelController::~NotchPanelController() {
     m_screens.setChangeHandler({});
+    m_guard->setPointerSource({});
 }
 
 double NotchPanelController::motionSpeed() const {
@@ -77,6 +78,7 @@ Context NotchPanelController::context(const ScreenDescription& screen) const {
 
 void NotchPanelController::start(NotchPanel* panel) {
     m_panel = panel;
+    m_guard->setPointerSource([this] { return m_pointer.location(); });
     const auto screen = currentScreen();
     if (screen)
         m_layout.setNotchSize(measureNotch(*screen));
@@ -164,8 +166,9 @@ void NotchPanelController::tick() {
             m_panel->setHitRect({});
             m_panel->setIgnoresMouseEvents(true);
         }
-        m_layout.setLibraryOpen(false);
+        // The stage first, so the library's closing leaves the hidden panel click-through.
         m_stage = Stage::rest;
+        m_layout.setLibraryOpen(false);
         m_triggerSince.reset();
         m_needsFreshHover = true;
         return;

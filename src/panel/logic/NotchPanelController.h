@@ -57,6 +57,7 @@ public:
     NotchLayout* layout() { return &m_layout; }
     // NOTCH_EXPAND by default; tests set it before `start`.
     void setForceExpanded(bool forced) { m_forceExpanded = forced; }
+    // The process-wide guard by default; tests give their own before `start`.
     void setPointerGuard(PointerGuard& guard) { m_guard = &guard; }
     void setDebugLog(PanelDebugLog log) { m_debugLog = std::move(log); }
 
