@@ -24,6 +24,7 @@ namespace {
 class PressCounter : public QRasterWindow {
 public:
     int presses = 0;
+    int rightPresses = 0;
     QPoint lastPress;
 
 protected:
@@ -31,6 +32,10 @@ protected:
         QPainter(this).fillRect(QRect(QPoint(), size()), Qt::darkGray);
     }
     void mousePressEvent(QMouseEvent* e) override {
+        if (e->button() == Qt::RightButton) {
+            ++rightPresses;
+            return;
+        }
         ++presses;
         lastPress = e->position().toPoint();
     }
@@ -85,6 +90,10 @@ class tst_X11NotchPanel : public QObject {
 
     NotchLayout* layout() { return m_controller->layout(); }
     void settle() { QTest::qWait(200); }
+    bool openCard() {
+        pointerTo(756, 52);
+        return QTest::qWaitFor([&] { return m_controller->stage() == Stage::open; }, 2000);
+    }
 
 private Q_SLOTS:
     void initTestCase() {
@@ -165,6 +174,43 @@ private Q_SLOTS:
         click();
         QTRY_COMPARE(m_beneath->presses, beneath + 1);
         QCOMPARE(m_window->presses, 1);
+    }
+
+    void aRightPressOnTheCardOpensTheContextMenuInstead() {
+        QList<QPoint> menus;
+        m_panel->onContextMenu = [&](QPoint at) {
+            menus << at;
+            return true;
+        };
+        QVERIFY(openCard());
+        pointerTo(756, 100);
+        QTest::qWait(100); // the card takes clicks once a tick has seen the pointer on it
+        QProcess::execute(QStringLiteral("xdotool"),
+                          {QStringLiteral("click"), QStringLiteral("3")});
+        QTRY_COMPARE(menus.size(), 1);
+        QCOMPARE(menus.first(), QPoint(756, 100));
+        QCOMPARE(m_window->rightPresses, 0);
+        m_panel->onContextMenu = {};
+    }
+
+    void aPressOnTheLibrarysTextFieldTakesTheKeyboard() {
+        QVERIFY(openCard());
+        m_controller->setLibraryOpen(true);
+        QVERIFY(m_panel->libraryAcceptsKeyboard);
+        m_panel->editableTextAt = [](QPointF p) { return p.y() < 100; };
+        pointerTo(756, 60);
+        QTest::qWait(100);
+        click();
+        QTRY_VERIFY(m_panel->textFocusRequested);
+        QTRY_VERIFY(m_window->isActive());
+        pointerTo(756, 300);
+        QTest::qWait(100);
+        click();
+        QTRY_VERIFY(!m_panel->textFocusRequested);
+        QTRY_VERIFY(!m_window->isActive());
+        m_controller->setLibraryOpen(false);
+        QVERIFY(!m_panel->libraryAcceptsKeyboard);
+        m_panel->editableTextAt = {};
     }
 
     void leavingClosesTheCard() {

@@ -105,19 +105,38 @@ void X11NotchPanel::animateAlpha(double alpha, double seconds) {
 void X11NotchPanel::resignKey() {
     if (onResignKey)
         onResignKey();
+    if (!m_window)
+        return;
+    const bool hadKeyboard = m_window->isActive();
+    m_window->setFlag(Qt::WindowDoesNotAcceptFocus, true);
+    // Hand the keyboard back to whatever lies under the pointer, as if the panel never had it.
+    if (hadKeyboard)
+        m_region.releaseKeyboard();
 }
 
 bool X11NotchPanel::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == m_window) {
-        if (event->type() == QEvent::MouseButtonPress &&
-            static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
-            pointerDownInPanel = true;
-            if (!libraryAcceptsKeyboard)
-                textFocusRequested = false;
-        } else if (event->type() == QEvent::MouseButtonRelease &&
-                   static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
-            pointerDownInPanel = false;
+    if (watched != m_window)
+        return QObject::eventFilter(watched, event);
+    const auto type = event->type();
+    if (type != QEvent::MouseButtonPress && type != QEvent::MouseButtonRelease)
+        return QObject::eventFilter(watched, event);
+    auto* mouse = static_cast<QMouseEvent*>(event);
+    if (type == QEvent::MouseButtonPress && mouse->button() == Qt::RightButton) {
+        if (onContextMenu && onContextMenu(mouse->globalPosition().toPoint()))
+            return true; // consumed: the view never sees it
+    } else if (type == QEvent::MouseButtonPress && mouse->button() == Qt::LeftButton) {
+        // Decided before the view sees the press, so a text field gets its first click.
+        pointerDownInPanel = true;
+        textFocusRequested =
+            libraryAcceptsKeyboard && editableTextAt && editableTextAt(mouse->position());
+        if (canBecomeKey()) {
+            m_window->setFlag(Qt::WindowDoesNotAcceptFocus, false);
+            m_window->requestActivate();
+        } else if (m_window->isActive()) {
+            resignKey();
         }
+    } else if (type == QEvent::MouseButtonRelease && mouse->button() == Qt::LeftButton) {
+        pointerDownInPanel = false;
     }
     return QObject::eventFilter(watched, event);
 }

@@ -41,6 +41,14 @@ public:
     QRect inputRegion() const { return m_applied; }
     // Called by `resignKey`, so the view can clear its focused item.
     std::function<void()> onResignKey;
+    // Answers whether an editable text field lies under a point of the window; with the library
+    // open, a press there gives the panel the keyboard.
+    std::function<bool(QPointF)> editableTextAt;
+    // The context menu for a right press at a global position; true when a menu was shown, and
+    // the press then goes no further.
+    std::function<bool(QPoint)> onContextMenu;
+    // The panel may take the keyboard only for a text field in the open library.
+    bool canBecomeKey() const { return libraryAcceptsKeyboard && textFocusRequested; }
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

@@ -90,4 +90,11 @@ void X11InputRegion::apply(unsigned long window, const QRect& rect) {
     XFlush(m_display.get());
 }
 
+void X11InputRegion::releaseKeyboard() {
+    if (!m_display)
+        return;
+    XSetInputFocus(m_display.get(), PointerRoot, RevertToPointerRoot, CurrentTime);
+    XFlush(m_display.get());
+}
+
 } // namespace MirlPlayer

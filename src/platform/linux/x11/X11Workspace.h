@@ -42,6 +42,8 @@ public:
     bool connected() const { return bool(m_display); }
     // `rect` is in the window's own pixels; an empty rectangle makes the window click-through.
     void apply(unsigned long window, const QRect& rect);
+    // Gives the keyboard focus back to the window under the pointer.
+    void releaseKeyboard();
 
 private:
     X11::DisplayHandle m_display;
