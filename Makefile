@@ -32,7 +32,7 @@ format:
 	@git ls-files --cached --others --exclude-standard '*.cpp' '*.h' | xargs -r clang-format -i
 
 bench: build
-	@set -e; for b in $$(cat build/bench/benches.txt); do echo "== $$b"; ./build/bench/$$b; done
+	@set -e; for b in $$(cat build/bench/benches.txt); do echo "== $$b"; ./build/benchmarks/$$b; done
 
 demo: build
 	scripts/demo

@@ -1,0 +1,84 @@
+#include "app/AppDelegate.h"
+
+#include "app/ArtworkPalette.h"
+#include "core/FocusLog.h"
+#include "core/Logging.h"
+#include "core/Preferences.h"
+#include "look/Theme.h"
+#include "playback/MusicController.h"
+#include "playback/PlayerState.h"
+
+namespace MirlPlayer {
+
+AppDelegate::AppDelegate(Preferences& prefs, PlayerBridge* bridge, Clock& clock, QObject* parent)
+    : QObject(parent)
+    , m_prefs(prefs)
+    , m_player(std::make_unique<PlayerState>(bridge, clock)) {
+    connect(m_player.get(), &PlayerState::started, this,
+            [this] { connectArtworkPalette(*m_player->controller(), Theme::shared()); });
+}
+
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+    if (m_launched)
+        return;
+    m_launched = true;
+    if (m_hooks.buildPanel)
+        m_hooks.buildPanel(*this);
+
+    // An installation from before the assistant existed has a stored showVisualizer but no
+    // seed marker: it plays at once, and still sees the assistant one time.
+    const bool completed = m_prefs.boolValue(QStringLiteral("setupCompleted"), false);
+    const bool legacyInstall =
+        !completed && m_prefs.contains(QStringLiteral("showVisualizer")) &&
+        !m_prefs.boolValue(QStringLiteral("factoryPreferencesSeeded"), false);
+    if (completed || legacyInstall) {
+        m_prefs.setValue(QStringLiteral("setupCompleted"), true);
+        m_player->start();
+    }
+    if (!m_prefs.boolValue(QStringLiteral("setupAssistantFinished"), false))
+        showSetup();
+}
+
+void AppDelegate::showSetup() {
+    Q_EMIT setupShown();
+    if (m_hooks.showSetupWindow) {
+        m_hooks.showSetupWindow(*this);
+        return;
+    }
+    // No assistant is installed in this build: take its finish path directly, so that the
+    // program plays. setupAssistantFinished stays false, so an assistant still runs once when
+    // there is one.
+    qCInfo(lcCore) << "no setup assistant; finishing setup";
+    finishSetup();
+}
+
+void AppDelegate::finishSetup() {
+    m_prefs.setValue(QStringLiteral("setupCompleted"), true);
+    m_player->start();
+}
+
+void AppDelegate::applicationShouldHandleReopen() {
+    if (m_prefs.boolValue(QStringLiteral("setupAssistantFinished"), false))
+        openSettings();
+    else
+        showSetup();
+}
+
+void AppDelegate::openSettings(const QString& page) {
+    if (m_hooks.openSettings)
+        m_hooks.openSettings(page);
+}
+
+void AppDelegate::applicationWillTerminate() {
+    FocusLog::shared().logLine(QStringLiteral("MIRL PRO quitting normally"));
+    // The capture must not outlive the process.
+    if (m_hooks.stopAudioEngine)
+        m_hooks.stopAudioEngine(*m_player);
+    if (m_hooks.setupWindowOpen && m_hooks.setupWindowOpen() && m_hooks.stopSetupProbe)
+        m_hooks.stopSetupProbe();
+    FocusLog::shared().flush();
+}
+
+} // namespace MirlPlayer

@@ -1,0 +1,294 @@
+#include "playback/MusicController.h"
+
+#include "core/FocusLog.h"
+#include "platform/PlayerBridge.h"
+#include "playback/PlayerState.h"
+
+#include <QFile>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QTimer>
+#include <QUrl>
+
+namespace MirlPlayer {
+
+MusicController::MusicController(PlayerState& state, PlayerBridge& bridge, Clock& clock)
+    : m_state(state)
+    , m_bridge(bridge)
+    , m_clock(clock)
+    , m_network(new QNetworkAccessManager(this)) {
+    FocusLog::shared().installFocusWatch();
+    m_queue.sync([this] {
+        m_pollTimer = new QTimer(m_queue.context());
+        m_pollTimer->setTimerType(Qt::PreciseTimer);
+        QObject::connect(m_pollTimer, &QTimer::timeout, m_queue.context(), [this] {
+            if (m_pollTimer->interval() != int(m_pollRepeat * 1000))
+                m_pollTimer->setInterval(int(m_pollRepeat * 1000));
+            poll();
+        });
+        schedulePolls(firstPollDelay, fastPollInterval);
+    });
+    // The players' own change announcements give an instant reaction on any cadence; the timer
+    // is the safety net and the source of fresh positions.
+    m_bridge.setChangeHandler([this] { requestPoll(); });
+}
+
+MusicController::~MusicController() {
+    m_bridge.setChangeHandler({});
+    m_queue.sync([this] {
+        delete m_pollTimer;
+        m_pollTimer = nullptr;
+    });
+}
+
+void MusicController::schedulePolls(double first, double repeat) {
+    m_pollRepeat = repeat;
+    m_pollTimer->start(int(first * 1000));
+}
+
+void MusicController::requestPoll() {
+    m_queue.async([this] { poll(); });
+}
+
+void MusicController::setPollingFast(bool fast) {
+    m_queue.async([this, fast] {
+        if (m_pollingFast == fast)
+            return;
+        m_pollingFast = fast;
+        if (fast)
+            schedulePolls(fastFirstPoll, fastPollInterval);
+        else
+            schedulePolls(slowPollInterval, slowPollInterval);
+    });
+}
+
+bool MusicController::pollingFast() const {
+    bool fast = true;
+    const_cast<SerialQueue&>(m_queue).sync([&] { fast = m_pollingFast; });
+    return fast;
+}
+
+void MusicController::poll() {
+    // Stamped before the players are asked, so that the sample is never newer than its stamp.
+    const double sampledAt = m_clock.now();
+    const Snapshot spotify = m_bridge.fetch(Source::spotify);
+    const Snapshot music = m_bridge.fetch(Source::music);
+    onMain(this, [this, spotify, music, sampledAt] { merge(spotify, music, sampledAt); });
+}
+
+void MusicController::merge(const Snapshot& spotify, const Snapshot& music, double sampledAt) {
+    // The user started Music by hand: that ends the program's commitment to Spotify, unless the
+    // library browser is open.
+    if (!m_routing.browserActive && music.playing && !m_routing.musicWasPlaying && !spotify.playing)
+        m_routing.spotifySelected = false;
+    m_routing.musicWasPlaying = music.playing;
+    m_lastSampledAt = sampledAt;
+    m_lastSpotify = spotify;
+    m_lastMusic = music;
+    const Source preference = m_routing.spotifyPreferred() ? Source::spotify : Source::none;
+    apply(pickWinner(preference, spotify, music), sampledAt);
+}
+
+Snapshot MusicController::pickWinner(Source preference, const Snapshot& spotify,
+                                     const Snapshot& music) {
+    if (preference == Source::spotify)
+        return spotify;
+    if (preference == Source::music)
+        return music;
+    if (spotify.playing)
+        return spotify;
+    if (music.playing)
+        return music;
+    if (spotify.hasTrack)
+        return spotify;
+    if (music.hasTrack)
+        return music;
+    return Snapshot::empty(Source::none);
+}
+
+void MusicController::setBrowserActive(bool active) {
+    m_routing.browserActive = active;
+    const Source preference = m_routing.spotifyPreferred() ? Source::spotify : Source::none;
+    apply(pickWinner(preference, m_lastSpotify, m_lastMusic), m_lastSampledAt);
+}
+
+void MusicController::expectTrack(const QString& uri, double until) {
+    m_expectedTrack = ExpectedTrack{uri, until};
+}
+
+void MusicController::apply(const Snapshot& snapshot, double sampledAt) {
+    const double now = m_clock.now();
+
+    // Gate 1: while a play request runs, samples of the old track would undo its optimistic
+    // display.
+    if (m_expectedTrack) {
+        if (!m_spotifyStartPending && now >= m_expectedTrack->until)
+            m_expectedTrack.reset();
+        else if (snapshot.trackURI && *snapshot.trackURI == m_expectedTrack->uri)
+            m_expectedTrack.reset();
+        else
+            return;
+    }
+
+    // Gate 2: Spotify replies empty for a moment between tracks; keep the display for a second.
+    if (!snapshot.hasTrack && m_state.trackURI().has_value()) {
+        if (!m_emptySnapshotSince)
+            m_emptySnapshotSince = now;
+        if (now - *m_emptySnapshotSince < emptyGrace)
+            return;
+    } else {
+        m_emptySnapshotSince.reset();
+    }
+
+    if (m_queueObserver)
+        m_queueObserver(snapshot);
+    m_activeSource = snapshot.source;
+
+    if (snapshot.hasTrack) {
+        m_state.setPlaying(snapshot.playing);
+        m_state.publishTitle(snapshot.title);
+        m_state.publishArtist(snapshot.artist);
+        m_state.publishAlbum(snapshot.album);
+        m_state.publishSourceName(sourceRawValue(snapshot.source));
+        m_state.publishTrackURI(snapshot.trackURI);
+        m_state.publishDuration(snapshot.durationMs / 1000.0);
+        const QString key = sourceRawValue(snapshot.source) + u'|' + snapshot.title + u'|' +
+                            snapshot.artist + u'|' + snapshot.album;
+        const bool changed = key != m_lastTrackKey;
+        // The clock clamps to the duration, so the duration is published first.
+        m_state.applySample(sampledAt, changed, snapshot.positionMs / 1000.0);
+        if (changed) {
+            m_lastTrackKey = key;
+            fetchArtwork(snapshot, key);
+        }
+    } else {
+        m_state.publishPlaying(false); // bypasses the play hold
+        if (m_routing.spotifyPreferred()) {
+            m_state.publishTitle(QStringLiteral("Nothing playing in Spotify"));
+            m_state.publishArtist(QStringLiteral("Select a song above"));
+        } else {
+            m_state.publishTitle(PlayerState::idleTitle);
+            m_state.publishArtist(PlayerState::idleArtist);
+        }
+        m_state.publishAlbum({});
+        m_state.publishSourceName({});
+        m_state.publishTrackURI(std::nullopt);
+        m_state.publishDuration(0);
+        m_state.setAnchor(0);
+        m_state.publishArtwork({}); // the accent stays as it stands
+        m_lastTrackKey.clear();
+    }
+    Q_EMIT sampleApplied();
+}
+
+void MusicController::fetchArtwork(const Snapshot& snapshot, const QString& key) {
+    // Every player here reports its artwork as an address: Spotify's is on the web, a local
+    // player's is usually a file beside the track.
+    const QString address = snapshot.artURL.value_or(QString());
+    const QUrl url(address);
+    if (snapshot.source == Source::none || address.isEmpty() || !url.isValid()) {
+        deliverArtwork({});
+        return;
+    }
+    if (auto cached = m_artCache.constFind(address); cached != m_artCache.constEnd()) {
+        deliverArtwork(*cached);
+        return;
+    }
+    if (url.isLocalFile()) {
+        m_queue.async([this, address, path = url.toLocalFile(), key] {
+            QImage image;
+            QFile file(path);
+            if (file.size() < 64 * 1024 * 1024 && file.open(QIODevice::ReadOnly))
+                image = QImage::fromData(file.readAll());
+            if (image.isNull())
+                return; // the old artwork stays
+            onMain(this, [this, address, image, key] { storeArtwork(address, image, key); });
+        });
+        return;
+    }
+    if (url.scheme() != u"https" && url.scheme() != u"http")
+        return;
+    QNetworkReply* reply = m_network->get(QNetworkRequest(url));
+    connect(reply, &QNetworkReply::finished, this, [this, reply, address, key] {
+        reply->deleteLater();
+        if (reply->error() != QNetworkReply::NoError)
+            return;
+        const QByteArray data = reply->readAll();
+        m_queue.async([this, data, address, key] {
+            const QImage image = QImage::fromData(data);
+            if (image.isNull())
+                return;
+            onMain(this, [this, address, image, key] { storeArtwork(address, image, key); });
+        });
+    });
+}
+
+void MusicController::storeArtwork(const QString& url, const QImage& image, const QString& key) {
+    if (m_artCache.size() >= artCacheLimit)
+        m_artCache.clear();
+    m_artCache.insert(url, image);
+    // The artwork of a track that was skipped meanwhile is kept, but not shown.
+    if (m_lastTrackKey == key)
+        deliverArtwork(image);
+}
+
+void MusicController::setPaletteHandoff(PaletteExtractor extract,
+                                        std::function<QColor(const QVariant&)> accentOf,
+                                        PaletteSink deliver) {
+    m_extractPalette = std::move(extract);
+    m_accentOf = std::move(accentOf);
+    m_deliverPalette = std::move(deliver);
+}
+
+void MusicController::deliverArtwork(const QImage& image) {
+    m_state.publishArtwork(image);
+    if (image.isNull()) {
+        m_state.publishAccent(Qt::white);
+        if (m_deliverPalette)
+            m_deliverPalette(QVariant());
+        return;
+    }
+    if (!m_extractPalette)
+        return;
+    m_queue.async([this, image] {
+        const QVariant palette = m_extractPalette(image);
+        onMain(this, [this, palette] {
+            const QColor accent = m_accentOf ? m_accentOf(palette) : QColor();
+            m_state.publishAccent(accent.isValid() ? accent : QColor(Qt::white));
+            if (m_deliverPalette)
+                m_deliverPalette(palette);
+        });
+    });
+}
+
+QString MusicController::targetApp() const {
+    if (m_routing.spotifyPreferred())
+        return sourceRawValue(Source::spotify);
+    return m_activeSource == Source::none ? QString() : sourceRawValue(m_activeSource);
+}
+
+void MusicController::send(const QString& verb) {
+    const QString app = targetApp();
+    if (app.isEmpty())
+        return;
+    FocusLog::shared().logCommand(app + QStringLiteral(": ") + verb);
+    const Source source = sourceFromRawValue(app);
+    m_queue.async([this, source, verb] {
+        m_bridge.command(source, verb);
+        poll();
+    });
+}
+
+void MusicController::seek(const QString& app, double seconds,
+                           std::function<void(double)> completion) {
+    const Source source = sourceFromRawValue(app);
+    m_queue.async([this, source, seconds, completion = std::move(completion)] {
+        m_bridge.seek(source, seconds);
+        // Stamped after the player moved: samples begun before this are older than the seek.
+        const double stamp = m_clock.now();
+        onMain(this, [completion, stamp] { completion(stamp); });
+        poll();
+    });
+}
+
+} // namespace MirlPlayer

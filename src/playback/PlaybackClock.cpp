@@ -1,0 +1,12 @@
+#include "playback/PlaybackClock.h"
+
+namespace MirlPlayer {
+
+void PlaybackClock::setPosition(double seconds) {
+    if (m_position == seconds)
+        return;
+    m_position = seconds;
+    Q_EMIT positionChanged();
+}
+
+} // namespace MirlPlayer

@@ -1,0 +1,217 @@
+#include "playback/PlayerState.h"
+
+#include "core/FocusLog.h"
+#include "platform/PlayerBridge.h"
+#include "playback/MusicController.h"
+
+#include <algorithm>
+
+namespace MirlPlayer {
+
+PlayerState::PlayerState(PlayerBridge* bridge, Clock& clock, QObject* parent)
+    : QObject(parent)
+    , m_bridge(bridge)
+    , m_time(clock)
+    , m_clock(std::make_unique<PlaybackClock>())
+    , m_anchorTime(clock.now()) {
+    m_interpTimer.setInterval(int(positionTickInterval * 1000));
+    connect(&m_interpTimer, &QTimer::timeout, this, &PlayerState::tickPosition);
+}
+
+PlayerState::~PlayerState() = default;
+
+void PlayerState::start() {
+    if (m_controller || !m_bridge)
+        return;
+    m_controller = std::make_unique<MusicController>(*this, *m_bridge, m_time);
+    if (m_audioEngineStarter)
+        m_audioEngineStarter(*this);
+    m_interpTimer.start();
+    Q_EMIT started();
+}
+
+void PlayerState::tickPosition() {
+    if (!m_isPlaying || m_duration <= 0)
+        return; // a paused clock simply stops; the anchor stays
+    const double p = std::max(0.0, m_anchorPos + (m_time.now() - m_anchorTime));
+    m_clock->setPosition(std::min(m_duration, p));
+}
+
+void PlayerState::setAnchor(double position) {
+    m_anchorPos = position;
+    m_anchorTime = m_time.now();
+    // Moved now rather than on the next tick, so that a seek or a new track shows at once, also
+    // while paused.
+    double shown = std::max(0.0, position);
+    if (m_duration > 0)
+        shown = std::min(shown, m_duration);
+    m_clock->setPosition(shown);
+}
+
+void PlayerState::applySample(double sampledAt, bool trackChanged, double position) {
+    if (trackChanged) {
+        // A track change outranks everything a seek had arranged.
+        m_pendingSeek.reset();
+        m_positionPollCutoff = Clock::distantPast;
+        m_lastPositionSample = Clock::distantPast;
+    }
+    if (m_pendingSeek)
+        return; // a seek is in flight: no sample can be trusted
+    if (sampledAt < m_positionPollCutoff)
+        return; // this sample began before the seek finished
+    if (sampledAt <= m_lastPositionSample)
+        return; // samples may only move forward
+    m_lastPositionSample = sampledAt;
+    setAnchor(position);
+}
+
+void PlayerState::setPlaying(bool value) {
+    // During the hold after a click, a sample taken before the player reacted is refused.
+    if (m_time.now() < m_playHoldUntil && m_isPlaying != value)
+        return;
+    publishPlaying(value);
+}
+
+void PlayerState::togglePlayPause() {
+    publishPlaying(!m_isPlaying);
+    m_playHoldUntil = m_time.now() + playHold;
+    if (m_controller)
+        m_controller->send(QStringLiteral("playpause"));
+}
+
+void PlayerState::next() {
+    if (m_sourceName == u"Spotify" && m_queueAdvance && m_queueAdvance(*this))
+        return; // the song queue took over
+    if (m_controller)
+        m_controller->send(QStringLiteral("next track"));
+}
+
+void PlayerState::previous() {
+    if (m_controller)
+        m_controller->send(QStringLiteral("previous track"));
+}
+
+void PlayerState::seek(double seconds) {
+    double t = std::max(seconds, 0.0);
+    if (m_duration > 0)
+        t = std::min(t, m_duration);
+    const QUuid token = QUuid::createUuid();
+    m_pendingSeek = token;
+    setAnchor(t);
+    if (!m_controller) {
+        finishSeek(token, m_time.now());
+        return;
+    }
+    const QString app = m_controller->targetApp();
+    if (app.isEmpty()) {
+        finishSeek(token, m_time.now());
+        return;
+    }
+    FocusLog::shared().logCommand(app + QStringLiteral(": seek"));
+    QPointer<PlayerState> self(this);
+    m_controller->seek(app, t, [self, token](double stamp) {
+        if (self)
+            self->finishSeek(token, stamp);
+    });
+}
+
+void PlayerState::finishSeek(const QUuid& token, double stamp) {
+    // With rapid dragging only the newest seek reopens the door to samples.
+    if (m_pendingSeek != token)
+        return;
+    m_pendingSeek.reset();
+    m_positionPollCutoff = stamp;
+}
+
+void PlayerState::openSource() {
+    FocusLog::shared().logCommand(QStringLiteral("OPEN source app on purpose (") + m_sourceName +
+                                  u')');
+    if (m_bridge)
+        m_bridge->openApplication(m_sourceName == u"Music" ? Source::music : Source::spotify);
+}
+
+void PlayerState::openSpotify(const QString& url) {
+    FocusLog::shared().logCommand(QStringLiteral("OPEN Spotify on purpose (") +
+                                  (url.isEmpty() ? QStringLiteral("app") : url) + u')');
+    if (!m_bridge)
+        return;
+    const QUrl parsed(url);
+    if (!url.isEmpty() && parsed.isValid() && parsed.scheme() == u"spotify") {
+        m_bridge->openUrl(parsed);
+        return;
+    }
+    m_bridge->openApplication(Source::spotify);
+}
+
+void PlayerState::publishPlaying(bool value) {
+    if (m_isPlaying == value)
+        return;
+    m_isPlaying = value;
+    Q_EMIT isPlayingChanged();
+}
+
+void PlayerState::publishTitle(const QString& value) {
+    if (m_title == value)
+        return;
+    m_title = value;
+    Q_EMIT titleChanged();
+}
+
+void PlayerState::publishArtist(const QString& value) {
+    if (m_artist == value)
+        return;
+    m_artist = value;
+    Q_EMIT artistChanged();
+}
+
+void PlayerState::publishAlbum(const QString& value) {
+    if (m_album == value)
+        return;
+    m_album = value;
+    Q_EMIT albumChanged();
+}
+
+void PlayerState::publishArtwork(const QImage& value) {
+    // Images are compared by identity: the same cached image is not announced again.
+    if (m_artwork.cacheKey() == value.cacheKey() || (m_artwork.isNull() && value.isNull()))
+        return;
+    m_artwork = value;
+    Q_EMIT artworkChanged();
+}
+
+void PlayerState::publishAccent(const QColor& value) {
+    if (m_accent == value)
+        return;
+    m_accent = value;
+    Q_EMIT accentChanged();
+}
+
+void PlayerState::publishDuration(double value) {
+    if (m_duration == value)
+        return;
+    m_duration = value;
+    Q_EMIT durationChanged();
+}
+
+void PlayerState::publishSourceName(const QString& value) {
+    if (m_sourceName == value)
+        return;
+    m_sourceName = value;
+    Q_EMIT sourceNameChanged();
+}
+
+void PlayerState::publishTrackURI(const std::optional<QString>& value) {
+    if (m_trackURI == value)
+        return;
+    m_trackURI = value;
+    Q_EMIT trackURIChanged();
+}
+
+void PlayerState::publishSpotifyPlaybackError(const std::optional<QString>& value) {
+    if (m_spotifyPlaybackError == value)
+        return;
+    m_spotifyPlaybackError = value;
+    Q_EMIT spotifyPlaybackErrorChanged();
+}
+
+} // namespace MirlPlayer

@@ -1,0 +1,160 @@
+#pragma once
+
+#include "core/Clock.h"
+#include "playback/PlaybackClock.h"
+
+#include <QColor>
+#include <QImage>
+#include <QObject>
+#include <QTimer>
+#include <QUrl>
+#include <QUuid>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace MirlPlayer {
+
+class MusicController;
+class PlayerBridge;
+
+// The observable model of what plays now. Every view reads it, and it is the only way views
+// command playback. The truth sits in another process and arrives late, so the position is
+// extrapolated from an anchor, commands act at once, and late samples that would undo them are
+// refused: a play hold, a pending seek token, a poll cutoff and a monotonic sample stamp.
+// GUI thread only.
+class PlayerState : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY isPlayingChanged)
+    Q_PROPERTY(QString title READ title NOTIFY titleChanged)
+    Q_PROPERTY(QString artist READ artist NOTIFY artistChanged)
+    Q_PROPERTY(QString album READ album NOTIFY albumChanged)
+    Q_PROPERTY(QImage artwork READ artwork NOTIFY artworkChanged)
+    Q_PROPERTY(bool hasArtwork READ hasArtwork NOTIFY artworkChanged)
+    Q_PROPERTY(QColor accent READ accent NOTIFY accentChanged)
+    Q_PROPERTY(double duration READ duration NOTIFY durationChanged)
+    Q_PROPERTY(QString sourceName READ sourceName NOTIFY sourceNameChanged)
+    Q_PROPERTY(QString trackURI READ trackURIText NOTIFY trackURIChanged)
+    Q_PROPERTY(QString spotifyPlaybackError READ spotifyPlaybackErrorText NOTIFY
+                   spotifyPlaybackErrorChanged)
+    Q_PROPERTY(MirlPlayer::PlaybackClock* clock READ clock CONSTANT)
+
+public:
+    static inline const QString idleTitle = QStringLiteral("Nothing Playing");
+    static inline const QString idleArtist = QStringLiteral("Open Spotify or Apple Music");
+    static inline const QString setupMessage =
+        QStringLiteral("Finish setting up MIRL PRO first, then you can play music.");
+    static constexpr double playHold = 0.9;
+    static constexpr double positionTickInterval = 1.0 / 6.0;
+
+    // `bridge` is the way to the players; it is used only once start() has run.
+    explicit PlayerState(PlayerBridge* bridge, Clock& clock = Clock::system(),
+                         QObject* parent = nullptr);
+    ~PlayerState() override;
+
+    bool isPlaying() const { return m_isPlaying; }
+    QString title() const { return m_title; }
+    QString artist() const { return m_artist; }
+    QString album() const { return m_album; }
+    QImage artwork() const { return m_artwork; }
+    bool hasArtwork() const { return !m_artwork.isNull(); }
+    QColor accent() const { return m_accent; }
+    double duration() const { return m_duration; }
+    QString sourceName() const { return m_sourceName; }
+    const std::optional<QString>& trackURI() const { return m_trackURI; }
+    QString trackURIText() const { return m_trackURI.value_or(QString()); }
+    const std::optional<QString>& spotifyPlaybackError() const { return m_spotifyPlaybackError; }
+    QString spotifyPlaybackErrorText() const { return m_spotifyPlaybackError.value_or(QString()); }
+    PlaybackClock* clock() const { return m_clock.get(); }
+    MusicController* controller() const { return m_controller.get(); }
+    Clock& time() const { return m_time; }
+
+    // The gate to the players: creates the controller, wires the audio engine and starts the
+    // position tick. Does nothing when already started.
+    void start();
+
+    // Transport.
+    Q_INVOKABLE void togglePlayPause();
+    Q_INVOKABLE void next();
+    Q_INVOKABLE void previous();
+    Q_INVOKABLE void seek(double seconds);
+    void finishSeek(const QUuid& token, double stamp);
+    Q_INVOKABLE void openSource();
+    Q_INVOKABLE void openSpotify(const QString& url = {});
+
+    // Called by the controller with each sample.
+    void setPlaying(bool value);
+    void setAnchor(double position);
+    void applySample(double sampledAt, bool trackChanged, double position);
+    // One step of the position clock; the timer calls it six times a second.
+    void tickPosition();
+
+    // Publication, compared before written. Used by the controller.
+    void publishPlaying(bool value);
+    void publishTitle(const QString& value);
+    void publishArtist(const QString& value);
+    void publishAlbum(const QString& value);
+    void publishArtwork(const QImage& value);
+    void publishAccent(const QColor& value);
+    void publishDuration(double value);
+    void publishSourceName(const QString& value);
+    void publishTrackURI(const std::optional<QString>& value);
+    void publishSpotifyPlaybackError(const std::optional<QString>& value);
+
+    // Extension points filled by the subsystems that build on this one.
+    // Runs during start(), after the controller exists: the audio engine wiring.
+    void setAudioEngineStarter(std::function<void(PlayerState&)> starter) {
+        m_audioEngineStarter = std::move(starter);
+    }
+    // Asked by next() while Spotify plays; answers true when the song queue took over.
+    void setQueueAdvance(std::function<bool(PlayerState&)> advance) {
+        m_queueAdvance = std::move(advance);
+    }
+
+    // Seek and clock state, readable for tests and diagnostics.
+    std::optional<QUuid> pendingSeek() const { return m_pendingSeek; }
+    double positionPollCutoff() const { return m_positionPollCutoff; }
+    double playHoldUntil() const { return m_playHoldUntil; }
+
+Q_SIGNALS:
+    void isPlayingChanged();
+    void titleChanged();
+    void artistChanged();
+    void albumChanged();
+    void artworkChanged();
+    void accentChanged();
+    void durationChanged();
+    void sourceNameChanged();
+    void trackURIChanged();
+    void spotifyPlaybackErrorChanged();
+    void started();
+
+private:
+    PlayerBridge* m_bridge;
+    Clock& m_time;
+
+    bool m_isPlaying = false;
+    QString m_title = idleTitle;
+    QString m_artist = idleArtist;
+    QString m_album;
+    QImage m_artwork;
+    QColor m_accent = Qt::white;
+    double m_duration = 0;
+    std::unique_ptr<PlaybackClock> m_clock;
+    QString m_sourceName;
+    std::optional<QString> m_trackURI;
+    std::optional<QString> m_spotifyPlaybackError;
+    std::unique_ptr<MusicController> m_controller;
+    double m_anchorPos = 0;
+    double m_anchorTime;
+    QTimer m_interpTimer;
+    std::optional<QUuid> m_pendingSeek;
+    double m_positionPollCutoff = Clock::distantPast;
+    double m_lastPositionSample = Clock::distantPast;
+    double m_playHoldUntil = Clock::distantPast;
+
+    std::function<void(PlayerState&)> m_audioEngineStarter;
+    std::function<bool(PlayerState&)> m_queueAdvance;
+};
+
+} // namespace MirlPlayer

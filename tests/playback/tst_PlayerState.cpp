@@ -1,0 +1,200 @@
+#include "fakes/FakePlayerBridge.h"
+#include "playback/MusicController.h"
+#include "playback/PlayerState.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace MirlPlayer;
+
+class tst_PlayerState : public QObject {
+    Q_OBJECT
+
+    struct Rig {
+        ManualClock clock;
+        FakePlayerBridge bridge;
+        PlayerState state{&bridge, clock};
+        void playing(double duration, double position) {
+            state.publishDuration(duration);
+            state.publishPlaying(true);
+            state.setAnchor(position);
+        }
+    };
+
+private Q_SLOTS:
+    void startsIdleAndInert() {
+        Rig rig;
+        QCOMPARE(rig.state.title(), QStringLiteral("Nothing Playing"));
+        QCOMPARE(rig.state.artist(), QStringLiteral("Open Spotify or Apple Music"));
+        QCOMPARE(rig.state.accent(), QColor(Qt::white));
+        QVERIFY(!rig.state.controller());
+        rig.state.togglePlayPause(); // flips, sends nothing
+        rig.state.next();
+        rig.state.seek(10);
+        QVERIFY(rig.state.isPlaying());
+        QVERIFY(rig.bridge.commands().isEmpty());
+        QVERIFY(!rig.state.pendingSeek()); // finished at once with no controller
+    }
+
+    void clockStopsAtTheEndOfTheTrack() {
+        Rig rig;
+        rig.playing(300, 298.9);
+        rig.clock.advance(0.5);
+        rig.state.tickPosition();
+        QCOMPARE(rig.state.clock()->position(), 299.4);
+        rig.clock.advance(5);
+        rig.state.tickPosition();
+        QCOMPARE(rig.state.clock()->position(), 300.0);
+        rig.clock.advance(5);
+        rig.state.tickPosition();
+        QCOMPARE(rig.state.clock()->position(), 300.0);
+    }
+
+    void clockHoldsStillWithoutDurationOrWhilePaused() {
+        Rig rig;
+        rig.playing(0, 12);
+        rig.clock.advance(3);
+        rig.state.tickPosition();
+        QCOMPARE(rig.state.clock()->position(), 12.0);
+
+        rig.state.publishDuration(100);
+        rig.state.publishPlaying(false);
+        rig.clock.advance(3);
+        rig.state.tickPosition();
+        QCOMPARE(rig.state.clock()->position(), 12.0);
+    }
+
+    void seekClampsToTrackBounds_data() {
+        QTest::addColumn<double>("duration");
+        QTest::addColumn<double>("target");
+        QTest::addColumn<double>("shown");
+        QTest::newRow("before the start") << 200.0 << -5.0 << 0.0;
+        QTest::newRow("past the end") << 200.0 << 250.0 << 200.0;
+        QTest::newRow("inside") << 200.0 << 42.5 << 42.5;
+        QTest::newRow("unknown duration, no upper bound") << 0.0 << 999.0 << 999.0;
+    }
+    void seekClampsToTrackBounds() {
+        QFETCH(double, duration);
+        QFETCH(double, target);
+        QFETCH(double, shown);
+        Rig rig;
+        rig.state.publishDuration(duration);
+        rig.state.seek(target);
+        QCOMPARE(rig.state.clock()->position(), shown);
+    }
+
+    void onlyTheNewestSeekReopensTheDoor() {
+        Rig rig;
+        rig.playing(300, 10);
+        rig.state.start();
+        rig.state.controller()->merge(track(Source::spotify, "A", true, 10000),
+                                      Snapshot::empty(Source::music), rig.clock.now());
+        rig.bridge.setSnapshot(track(Source::spotify, "A", true, 10000));
+
+        rig.state.seek(50);
+        const QUuid first = *rig.state.pendingSeek();
+        rig.state.seek(60);
+        const QUuid second = *rig.state.pendingSeek();
+        QVERIFY(first != second);
+
+        rig.state.finishSeek(first, 2000);
+        QCOMPARE(rig.state.pendingSeek(), std::optional<QUuid>(second));
+        QCOMPARE(rig.state.positionPollCutoff(), Clock::distantPast);
+        // While the seek is in flight, samples cannot move the clock.
+        rig.state.applySample(rig.clock.now() + 1, false, 10);
+        QCOMPARE(rig.state.clock()->position(), 60.0);
+
+        rig.state.finishSeek(second, 2000);
+        QVERIFY(!rig.state.pendingSeek());
+        QCOMPARE(rig.state.positionPollCutoff(), 2000.0);
+    }
+
+    void samplesOlderThanTheSeekAreRefused() {
+        Rig rig;
+        rig.playing(300, 0);
+        rig.state.seek(100);
+        // No controller: finished at once with the current time as the cutoff.
+        const double stamp = rig.state.positionPollCutoff();
+        QCOMPARE(stamp, rig.clock.now());
+        rig.state.applySample(stamp - 0.010, false, 5);
+        QCOMPARE(rig.state.clock()->position(), 100.0);
+        rig.state.applySample(stamp, false, 101);
+        QCOMPARE(rig.state.clock()->position(), 101.0);
+        // The same stamp again: samples may only move forward.
+        rig.state.applySample(stamp, false, 7);
+        QCOMPARE(rig.state.clock()->position(), 101.0);
+    }
+
+    void trackChangeForgetsThePendingSeek() {
+        Rig rig;
+        rig.playing(300, 0);
+        rig.state.start();
+        rig.state.controller()->merge(track(Source::spotify, "A", true),
+                                      Snapshot::empty(Source::music), rig.clock.now());
+        rig.state.seek(100);
+        const QUuid token = *rig.state.pendingSeek();
+        rig.state.applySample(rig.clock.now(), true, 3);
+        QVERIFY(!rig.state.pendingSeek());
+        QCOMPARE(rig.state.clock()->position(), 3.0);
+        rig.state.finishSeek(token, rig.clock.now() + 50); // late completion does nothing
+        QCOMPARE(rig.state.positionPollCutoff(), Clock::distantPast);
+    }
+
+    void playHoldRefusesContradictingSamples_data() {
+        QTest::addColumn<bool>("startPlaying");
+        QTest::addColumn<double>("after");
+        QTest::addColumn<bool>("sample");
+        QTest::addColumn<bool>("shown");
+        // Pause, then a late "playing" sample.
+        QTest::newRow("pause, playing within hold") << true << 0.5 << true << false;
+        QTest::newRow("pause, playing after hold") << true << 0.9 << true << true;
+        // Play, then a late "paused" sample: the button must not flicker.
+        QTest::newRow("play, paused within hold") << false << 0.89 << false << true;
+        QTest::newRow("play, agreeing sample") << false << 0.1 << true << true;
+    }
+    void playHoldRefusesContradictingSamples() {
+        QFETCH(bool, startPlaying);
+        QFETCH(double, after);
+        QFETCH(bool, sample);
+        QFETCH(bool, shown);
+        Rig rig;
+        rig.state.publishPlaying(startPlaying);
+        rig.state.togglePlayPause();
+        QCOMPARE(rig.state.isPlaying(), !startPlaying);
+        rig.clock.advance(after);
+        rig.state.setPlaying(sample);
+        QCOMPARE(rig.state.isPlaying(), shown);
+    }
+
+    void refusedPlayStateStillMovesThePosition() {
+        Rig rig;
+        rig.state.start();
+        auto* controller = rig.state.controller();
+        controller->merge(track(Source::spotify, "A", false, 1000), Snapshot::empty(Source::music),
+                          rig.clock.now());
+        rig.state.togglePlayPause(); // now playing, hold running
+        rig.clock.advance(0.2);
+        controller->merge(track(Source::spotify, "A", false, 42000), Snapshot::empty(Source::music),
+                          rig.clock.now());
+        QVERIFY(rig.state.isPlaying());
+        QCOMPARE(rig.state.clock()->position(), 42.0);
+        // A snapshot without a track ends playing regardless of the hold.
+        controller->merge(Snapshot::empty(Source::spotify), Snapshot::empty(Source::music),
+                          rig.clock.now() + 0.1);
+        QVERIFY(!rig.state.isPlaying());
+    }
+
+    void openingPlayersOnPurpose() {
+        Rig rig;
+        rig.state.openSpotify("spotify:album:xyz");
+        rig.state.openSpotify("https://example.com/not-spotify");
+        rig.state.openSpotify();
+        rig.state.publishSourceName("Music");
+        rig.state.openSource();
+        QCOMPARE(rig.bridge.commands(), (QStringList{"open spotify:album:xyz", "open Spotify",
+                                                     "open Spotify", "open Music"}));
+    }
+};
+
+QTEST_MAIN(tst_PlayerState)
+#include "tst_PlayerState.moc"
