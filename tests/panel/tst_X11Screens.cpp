@@ -30,14 +30,16 @@ private Q_SLOTS:
 
     void thePointerIsReadInScreenPointsWithItsButtons() {
         X11Pointer pointer;
-        QProcess::execute(QStringLiteral("xdotool"),
-                          {QStringLiteral("mousemove"), QStringLiteral("100"), QStringLiteral("900")});
+        QProcess::execute(
+            QStringLiteral("xdotool"),
+            {QStringLiteral("mousemove"), QStringLiteral("100"), QStringLiteral("900")});
         QCOMPARE(pointer.location(), QPointF(100, 82));
         QCOMPARE(pointer.pressedButtons(), 0u);
         QProcess::execute(QStringLiteral("xdotool"),
                           {QStringLiteral("mousedown"), QStringLiteral("1")});
         QCOMPARE(pointer.pressedButtons() & 1u, 1u);
-        QProcess::execute(QStringLiteral("xdotool"), {QStringLiteral("mouseup"), QStringLiteral("1")});
+        QProcess::execute(QStringLiteral("xdotool"),
+                          {QStringLiteral("mouseup"), QStringLiteral("1")});
         QCOMPARE(pointer.pressedButtons(), 0u);
     }
 };
