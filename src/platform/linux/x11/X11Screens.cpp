@@ -17,6 +17,11 @@ ScreenFlip ScreenFlip::current() {
     return {double(g.y() + g.height())};
 }
 
+double ScreenFlip::pixelRatio() {
+    const QScreen* primary = QGuiApplication::primaryScreen();
+    return primary ? primary->devicePixelRatio() : 1.0;
+}
+
 QtScreenInfo::QtScreenInfo(QObject* parent)
     : QObject(parent) {
     auto* app = qGuiApp;
@@ -85,7 +90,8 @@ void X11Pointer::query() {
     unsigned int mask = 0;
     if (!XQueryPointer(d, DefaultRootWindow(d), &root, &child, &rootX, &rootY, &winX, &winY, &mask))
         return; // the pointer is on another screen of the display: keep the last reading
-    m_last = ScreenFlip::current().toBottomLeft(QPointF(rootX, rootY));
+    const double ratio = ScreenFlip::pixelRatio();
+    m_last = ScreenFlip::current().toBottomLeft(QPointF(rootX / ratio, rootY / ratio));
     m_buttons = ((mask & Button1Mask) ? 1u : 0u) | ((mask & Button3Mask) ? 2u : 0u);
 }
 

@@ -15,6 +15,8 @@ namespace MirlPlayer {
 struct ScreenFlip {
     double primaryBottom = 0; // the primary screen's bottom edge in top-left coordinates
     static ScreenFlip current();
+    // Device pixels per point, for values read from the X server (which counts pixels).
+    static double pixelRatio();
     QRectF toBottomLeft(const QRectF& topLeftRect) const {
         return {topLeftRect.x(), primaryBottom - topLeftRect.y() - topLeftRect.height(),
                 topLeftRect.width(), topLeftRect.height()};

@@ -1,5 +1,7 @@
 #include "platform/linux/x11/X11WindowFacts.h"
 
+#include "platform/linux/x11/X11Screens.h"
+
 #include <QCoreApplication>
 #include <algorithm>
 #include <cstdlib>
@@ -188,6 +190,8 @@ std::optional<WindowList> X11WindowFacts::onScreenWindows() {
             askProperty(c, f.client, m_atoms[NET_WM_WINDOW_OPACITY], XCB_ATOM_CARDINAL));
     }
 
+    // The heuristics work in points, as the screens do.
+    const double ratio = ScreenFlip::pixelRatio();
     WindowList list;
     for (size_t i = 0; i < shown.size(); ++i) {
         Reply<xcb_get_property_reply_t> state(xcb_get_property_reply(c, stateCookies[i], nullptr));
@@ -207,8 +211,8 @@ std::optional<WindowList> X11WindowFacts::onScreenWindows() {
         r.owner = f.owner;
         r.pid = f.pid;
         const double border = g.border_width;
-        r.bounds =
-            WindowBounds{double(g.x), double(g.y), g.width + 2 * border, g.height + 2 * border};
+        r.bounds = WindowBounds{g.x / ratio, g.y / ratio, (g.width + 2 * border) / ratio,
+                                (g.height + 2 * border) / ratio};
         if (const auto o = first32(opacity.get(), XCB_ATOM_CARDINAL))
             r.alpha = double(*o) / 0xffffffffu;
 
@@ -238,7 +242,7 @@ std::optional<WindowList> X11WindowFacts::onScreenWindows() {
         r.pid = 0;
         r.alpha = 1.0;
         r.bounds =
-            WindowBounds{0.0, 0.0, double(rootGeometry->width), double(rootGeometry->height)};
+            WindowBounds{0.0, 0.0, rootGeometry->width / ratio, rootGeometry->height / ratio};
         list.append(r);
     }
     return list;
