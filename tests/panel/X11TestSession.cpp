@@ -55,7 +55,8 @@ X11TestSession::X11TestSession() {
         return;
     }
     const QByteArray name = ":" + QByteArray::number(m_display);
-    m_xvfb = spawn({"Xvfb", name, "-screen", "0", "1512x982x24", "-nolisten", "tcp", "-noreset"});
+    m_xvfb = spawn({"Xvfb", name, "-screen", "0", "1512x982x24", "+extension", "GLX", "-nolisten",
+                    "tcp", "-noreset"});
     if (!m_xvfb) {
         m_error = QStringLiteral("Xvfb did not start");
         return;
