@@ -156,6 +156,24 @@ private Q_SLOTS:
         QCOMPARE(h.stage(), Stage::open);
     }
 
+    void inFullScreenTheCardClosesThroughPeekBackToTheCorner() {
+        Harness h;
+        h.windows.list = WindowList{fullScreenVideo};
+        h.run(0.05);
+        h.pointer.at = inTopStrip;
+        h.run(0.3);
+        h.run(0.35);
+        QCOMPARE(h.stage(), Stage::open);
+        h.pointer.at = faraway;
+        h.run(0.45);
+        QCOMPARE(h.stage(), Stage::peek);
+        QCOMPARE(h.controller->layout()->pillCenterX(), 756.0);
+        h.run(0.35);
+        QCOMPARE(h.stage(), Stage::rest);
+        QCOMPARE(h.controller->layout()->pillCenterX(), 1435.0);
+        QVERIFY(h.controller->fullscreenActive());
+    }
+
     void aCardJustOpenedCannotCloseAtOnce() {
         Harness h;
         h.openCard();
