@@ -30,3 +30,17 @@ function(mirl_add_bench name)
   set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/benchmarks)
   set_property(GLOBAL APPEND PROPERTY MIRL_BENCHES ${name})
 endfunction()
+
+# mirl_use_test_env(<test>...)
+# Runs the tests inside the private environment of scripts/test-env (own session bus, PipeWire
+# with a null sink, mpv playing generated tracks). CTest brings it up once before the first such
+# test and down after the last; the tests share its one player, so they never run at once. A test
+# finds the variables to export in the file named by MIRL_TEST_ENV_FILE (tests/support/TestEnv.h).
+set(MIRL_TEST_ENV_FILE ${PROJECT_BINARY_DIR}/test-env.sh)
+function(mirl_use_test_env)
+  foreach(test IN LISTS ARGN)
+    set_property(TEST ${test} APPEND PROPERTY FIXTURES_REQUIRED mirl_test_env)
+    set_property(TEST ${test} APPEND PROPERTY RESOURCE_LOCK mirl_test_env)
+    set_property(TEST ${test} APPEND PROPERTY ENVIRONMENT "MIRL_TEST_ENV_FILE=${MIRL_TEST_ENV_FILE}")
+  endforeach()
+endfunction()

@@ -1,10 +1,16 @@
 #include "app/AppDelegate.h"
+#include "app/AudioEngineHost.h"
 #include "app/FactoryPreferences.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
 #include "look/LookTypes.h"
+#include "panel/SkeletonPanel.h"
+#include "platform/linux/mpris/MprisPlayerBridge.h"
+#include "platform/linux/service/MirlBusService.h"
+#include "playback/PlayerState.h"
 
 #include <QApplication>
+#include <QQuickView>
 #include <QQuickWindow>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -56,7 +62,29 @@ int main(int argc, char* argv[]) {
     seedFactoryPreferences(Preferences::shared(), QStringLiteral(":/DefaultPreferences.plist"));
     registerLookTypes(); // the theme reads the seeded look, so after seeding
 
-    AppDelegate delegate(Preferences::shared(), nullptr);
+    // The players over MPRIS, the panel, and the program's own name on the session bus.
+    MprisPlayerBridge bridge(Preferences::shared());
+    AppDelegate delegate(Preferences::shared(), &bridge);
+    std::unique_ptr<SkeletonPanel> panel;
+    MirlBusService busService(&delegate.player(), delegate.player().clock());
+    busService.registerOn(QDBusConnection::sessionBus());
+    AppDelegate::Hooks hooks;
+    hooks.buildPanel = [&panel, &busService](AppDelegate& app) {
+        panel = std::make_unique<SkeletonPanel>(app.player());
+        QObject::connect(
+            panel.get(), &SkeletonPanel::expandedChanged, &busService, [&panel, &busService] {
+                const QRectF shape = panel->expanded() ? panel->cardRect() : panel->pillRect();
+                const QPointF origin = panel->window()->position();
+                busService.announcePanelState(panel->expanded(), shape.translated(origin));
+            });
+        panel->show();
+    };
+    // The audio engine: the player's own output through PipeWire, started by the player gate.
+    AudioEngineHost audio(bridge);
+    delegate.player().setAudioEngineStarter(
+        [&audio](PlayerState& state) { audio.startFor(state); });
+    hooks.stopAudioEngine = [&audio](PlayerState&) { audio.stop(); };
+    delegate.setHooks(std::move(hooks));
     QObject::connect(&app, &QCoreApplication::aboutToQuit, &delegate,
                      &AppDelegate::applicationWillTerminate);
     QTimer::singleShot(0, &delegate, &AppDelegate::applicationDidFinishLaunching);

@@ -68,6 +68,14 @@ bool MusicController::pollingFast() const {
     return fast;
 }
 
+MusicController::PollSchedule MusicController::pollSchedule() const {
+    PollSchedule schedule{};
+    const_cast<SerialQueue&>(m_queue).sync([&] {
+        schedule = {m_pollTimer->remainingTime(), int(m_pollRepeat * 1000)};
+    });
+    return schedule;
+}
+
 void MusicController::poll() {
     // Stamped before the players are asked, so that the sample is never newer than its stamp.
     const double sampledAt = m_clock.now();

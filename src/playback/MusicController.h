@@ -87,6 +87,12 @@ public:
     const QString& lastTrackKey() const { return m_lastTrackKey; }
     int artCacheSize() const { return int(m_artCache.size()); }
     bool pollingFast() const; // poll-queue state, read through a sync hop
+    // When the next sample is due (milliseconds from now) and the period after it.
+    struct PollSchedule {
+        int nextInMs;
+        int repeatMs;
+    };
+    PollSchedule pollSchedule() const;
     SerialQueue& queue() { return m_queue; }
 
 Q_SIGNALS:

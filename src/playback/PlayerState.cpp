@@ -3,6 +3,7 @@
 #include "core/FocusLog.h"
 #include "platform/PlayerBridge.h"
 #include "playback/MusicController.h"
+#include "spotify/SpotifyError.h"
 
 #include <algorithm>
 
@@ -121,6 +122,15 @@ void PlayerState::finishSeek(const QUuid& token, double stamp) {
         return;
     m_pendingSeek.reset();
     m_positionPollCutoff = stamp;
+}
+
+QCoro::Task<void> PlayerState::playSpotify(SpotifyPlaybackSelection selection) {
+    if (!m_controller)
+        throw SpotifyFailure(setupMessage);
+    publishSpotifyPlaybackError(std::nullopt);
+    if (!m_playRequester)
+        throw SpotifyFailure(QStringLiteral("Spotify didn’t start this song. Try again."));
+    co_await m_playRequester(selection);
 }
 
 void PlayerState::openSource() {

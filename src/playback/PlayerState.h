@@ -2,8 +2,10 @@
 
 #include "core/Clock.h"
 #include "playback/PlaybackClock.h"
+#include "playback/SpotifyPlaybackSelection.h"
 
 #include <QColor>
+#include <QCoro/QCoroTask>
 #include <QImage>
 #include <QObject>
 #include <QTimer>
@@ -82,6 +84,14 @@ public:
     Q_INVOKABLE void openSource();
     Q_INVOKABLE void openSpotify(const QString& url = {});
 
+    // Plays a track in Spotify. Throws SpotifyFailure with a sentence for the user, or
+    // SpotifyCancellation when a newer request replaced this one. Before setup has finished it
+    // throws "Finish setting up MIRL PRO first, then you can play music."
+    QCoro::Task<void> playSpotify(SpotifyPlaybackSelection selection);
+    // The road a play request takes once the player is started.
+    using PlayRequester = std::function<QCoro::Task<void>(const SpotifyPlaybackSelection&)>;
+    void setPlayRequester(PlayRequester requester) { m_playRequester = std::move(requester); }
+
     // Called by the controller with each sample.
     void setPlaying(bool value);
     void setAnchor(double position);
@@ -155,6 +165,7 @@ private:
 
     std::function<void(PlayerState&)> m_audioEngineStarter;
     std::function<bool(PlayerState&)> m_queueAdvance;
+    PlayRequester m_playRequester;
 };
 
 } // namespace MirlPlayer

@@ -280,9 +280,17 @@ private Q_SLOTS:
         QVERIFY(rig.controller->pollingFast());
         rig.controller->setPollingFast(false);
         QVERIFY(!rig.controller->pollingFast());
-        rig.controller->setPollingFast(false);
+        auto schedule = rig.controller->pollSchedule();
+        QVERIFY(schedule.nextInMs > 2000);
+        QCOMPARE(schedule.repeatMs, 3000);
+        rig.controller->setPollingFast(false); // a repeat changes nothing
+        QVERIFY(rig.controller->pollSchedule().nextInMs > 2000);
+        // The panel expands: the next sample comes after 0.05 s, then every second.
         rig.controller->setPollingFast(true);
         QVERIFY(rig.controller->pollingFast());
+        schedule = rig.controller->pollSchedule();
+        QVERIFY2(schedule.nextInMs <= 50, qPrintable(QString::number(schedule.nextInMs)));
+        QCOMPARE(schedule.repeatMs, 1000);
     }
 };
 

@@ -1,11 +1,26 @@
 #include "fakes/FakePlayerBridge.h"
 #include "playback/MusicController.h"
 #include "playback/PlayerState.h"
+#include "spotify/SpotifyError.h"
+
+#include <QCoro/QCoroTask>
 
 #include <QSignalSpy>
 #include <QTest>
 
 using namespace MirlPlayer;
+
+namespace {
+// The failure's sentence, or empty when the request went through.
+QCoro::Task<QString> failureOf(QCoro::Task<void> request) {
+    try {
+        co_await std::move(request);
+    } catch (const SpotifyFailure& failure) {
+        co_return failure.message;
+    }
+    co_return QString();
+}
+} // namespace
 
 class tst_PlayerState : public QObject {
     Q_OBJECT
@@ -182,6 +197,61 @@ private Q_SLOTS:
         controller->merge(Snapshot::empty(Source::spotify), Snapshot::empty(Source::music),
                           rig.clock.now() + 0.1);
         QVERIFY(!rig.state.isPlaying());
+    }
+
+    void playRequestBeforeSetupAsksToFinishSetup() {
+        Rig rig;
+        rig.state.publishSpotifyPlaybackError(QStringLiteral("old"));
+        QCOMPARE(QCoro::waitFor(failureOf(
+                     rig.state.playSpotify(SpotifyPlaybackSelection("spotify:track:abc123")))),
+                 QStringLiteral("Finish setting up MIRL PRO first, then you can play music."));
+        QCOMPARE(rig.state.spotifyPlaybackErrorText(), QStringLiteral("old"));
+
+        rig.state.start();
+        QStringList requested;
+        rig.state.setPlayRequester([&](const SpotifyPlaybackSelection& s) -> QCoro::Task<void> {
+            requested << s.trackURI;
+            co_return;
+        });
+        QCOMPARE(QCoro::waitFor(failureOf(
+                     rig.state.playSpotify(SpotifyPlaybackSelection("spotify:track:abc123")))),
+                 QString());
+        QCOMPARE(requested, QStringList{"spotify:track:abc123"});
+        QVERIFY(!rig.state.spotifyPlaybackError().has_value());
+    }
+
+    void playSelectionsAreStrict_data() {
+        QTest::addColumn<QString>("track");
+        QTest::addColumn<QString>("context");
+        QTest::addColumn<bool>("valid");
+        QTest::addColumn<bool>("keepsContext");
+        QTest::newRow("track in album") << "spotify:track:4uLU6h"
+                                        << "spotify:album:1DFixL" << true << true;
+        QTest::newRow("liked songs") << "spotify:track:4uLU6h"
+                                     << "spotify:user:jo.e-1_x:collection" << true << true;
+        QTest::newRow("bad context dropped") << "spotify:track:4uLU6h"
+                                             << "spotify:show:1" << true << false;
+        QTest::newRow("quote in track") << "spotify:track:a\"b"
+                                        << "" << false << false;
+        QTest::newRow("trailing newline") << "spotify:track:abc\n"
+                                          << "" << false << false;
+        QTest::newRow("episode") << "spotify:episode:abc"
+                                 << "" << false << false;
+    }
+    void playSelectionsAreStrict() {
+        QFETCH(QString, track);
+        QFETCH(QString, context);
+        QFETCH(bool, valid);
+        QFETCH(bool, keepsContext);
+        try {
+            SpotifyPlaybackSelection s(track,
+                                       context.isEmpty() ? std::nullopt : std::optional(context));
+            QVERIFY(valid);
+            QCOMPARE(s.contextURI.has_value(), keepsContext);
+        } catch (const SpotifyFailure& failure) {
+            QVERIFY(!valid);
+            QCOMPARE(failure.message, QStringLiteral("This track cannot be played in Spotify."));
+        }
     }
 
     void openingPlayersOnPurpose() {

@@ -1,0 +1,64 @@
+#include "audio/LoudnessMatcher.h"
+#include "audio/WideLoop.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace MirlPlayer {
+
+namespace {
+
+MIRL_WIDE_LOOP double meanSquare(const float* x, std::size_t n) {
+    if (n == 0)
+        return 0.0;
+    // Eight independent partial sums: the loop vectorises, and no sum grows long enough to lose
+    // precision within a block.
+    constexpr std::size_t lanes = 8;
+    float partial[lanes] = {};
+    std::size_t i = 0;
+    for (; i + lanes <= n; i += lanes) {
+        for (std::size_t j = 0; j < lanes; ++j)
+            partial[j] += x[i + j] * x[i + j];
+    }
+    double sum = 0.0;
+    for (; i < n; ++i)
+        sum += double(x[i]) * double(x[i]);
+    for (float p : partial)
+        sum += double(p);
+    return sum / double(n);
+}
+
+} // namespace
+
+float LoudnessMatcher::gain(const float* left, std::size_t leftCount, const float* right,
+                            std::size_t rightCount, double sampleRate, bool enabled) {
+    if (leftCount == 0)
+        return 1.0f;
+    if (!enabled)
+        return 1.0f;
+    const float m = float((meanSquare(left, leftCount) + meanSquare(right, rightCount)) * 0.5);
+    float level = energy;
+    // In single precision, so that a block at exactly -50 dB lands on the gate and stays out.
+    if (10.0f * std::log10(m + 1e-12f) > -50.0f) {
+        const double dt = double(leftCount) / std::max(sampleRate, 1.0);
+        if (energy != 0.0f) {
+            const double tau = heard < 2.0 ? 0.5 : 1.5;
+            energy += float((m - energy) * (1.0 - std::exp(-dt / tau)));
+        } else {
+            energy = m;
+        }
+        heard += dt;
+        level = energy;
+    }
+    if (!(level > 0.0f))
+        return 1.0f;
+    const double db = std::clamp(-10.0 * std::log10(double(level)) - 6.0, 0.0, 18.0);
+    return float(std::pow(10.0, db / 20.0));
+}
+
+void LoudnessMatcher::reset() {
+    energy = 0.0f;
+    heard = 0.0;
+}
+
+} // namespace MirlPlayer

@@ -1,0 +1,153 @@
+#include "platform/linux/service/MirlBusService.h"
+
+#include <QDBusMessage>
+#include <QLoggingCategory>
+#include <QMetaProperty>
+#include <QTimer>
+#include <cmath>
+
+Q_LOGGING_CATEGORY(lcService, "mirl.service")
+
+namespace MirlPlayer {
+
+namespace {
+
+// The properties announced with PropertiesChanged, with the model that carries them.
+constexpr const char* modelProperties[] = {"title",     "artist",   "album",   "sourceName",
+                                           "isPlaying", "duration", "trackURI"};
+
+QVariant readProperty(const QObject* object, const char* name) {
+    if (!object)
+        return {};
+    const int index = object->metaObject()->indexOfProperty(name);
+    if (index < 0)
+        return {};
+    return object->metaObject()->property(index).read(object);
+}
+
+// D-Bus has no "none": an absent text is the empty text, an absent number 0.
+QVariant busValue(const char* name, const QVariant& value) {
+    const QByteArray key(name);
+    if (key == "isPlaying")
+        return value.toBool();
+    if (key == "duration" || key == "position") {
+        bool ok = false;
+        const double number = value.toDouble(&ok);
+        return ok && std::isfinite(number) ? number : 0.0;
+    }
+    return value.toString();
+}
+
+} // namespace
+
+MirlBusService::MirlBusService(QObject* model, QObject* clock, QObject* parent)
+    : QObject(parent)
+    , m_model(model)
+    , m_clock(clock) {
+    new MirlBusAdaptor(this);
+    const QMetaMethod schedule =
+        metaObject()->method(metaObject()->indexOfMethod("scheduleAnnouncement()"));
+    for (const char* name : modelProperties) {
+        const int index = model ? model->metaObject()->indexOfProperty(name) : -1;
+        if (index < 0) {
+            qCWarning(lcService) << "the now-playing model has no property" << name;
+            continue;
+        }
+        const QMetaProperty property = model->metaObject()->property(index);
+        if (property.hasNotifySignal())
+            connect(model, property.notifySignal(), this, schedule);
+    }
+    m_announced = announcedValues();
+}
+
+bool MirlBusService::registerOn(const QDBusConnection& bus) {
+    m_bus = bus;
+    if (!bus.isConnected())
+        return false;
+    if (!m_bus.registerObject(QString::fromLatin1(objectPath), this,
+                              QDBusConnection::ExportAdaptors)) {
+        qCDebug(lcService) << "cannot export" << objectPath;
+        return false;
+    }
+    if (!m_bus.registerService(QString::fromLatin1(serviceName))) {
+        qCDebug(lcService) << serviceName << "is taken:" << m_bus.lastError().message();
+        return false;
+    }
+    return true;
+}
+
+QVariant MirlBusService::value(const char* name) const {
+    const QObject* source = qstrcmp(name, "position") == 0 ? m_clock.data() : m_model.data();
+    return busValue(name, readProperty(source, name));
+}
+
+QVariantMap MirlBusService::announcedValues() const {
+    QVariantMap values;
+    for (const char* name : modelProperties)
+        values.insert(QString::fromLatin1(name), value(name));
+    return values;
+}
+
+void MirlBusService::scheduleAnnouncement() {
+    // A track change moves several properties in one turn of the event loop; they go out as one
+    // signal.
+    if (m_scheduled)
+        return;
+    m_scheduled = true;
+    QTimer::singleShot(0, this, &MirlBusService::announceChanges);
+}
+
+void MirlBusService::announceChanges() {
+    m_scheduled = false;
+    const QVariantMap now = announcedValues();
+    QVariantMap changed;
+    for (auto it = now.cbegin(); it != now.cend(); ++it) {
+        if (m_announced.value(it.key()) != it.value())
+            changed.insert(it.key(), it.value());
+    }
+    m_announced = now;
+    if (changed.isEmpty() || !m_bus.isConnected())
+        return;
+    QDBusMessage signal = QDBusMessage::createSignal(
+        QString::fromLatin1(objectPath), QStringLiteral("org.freedesktop.DBus.Properties"),
+        QStringLiteral("PropertiesChanged"));
+    signal << QString::fromLatin1(interfaceName) << changed << QStringList();
+    m_bus.send(signal);
+}
+
+void MirlBusService::announcePanelState(bool expanded, const QRectF& frame) {
+    Q_EMIT mirlState(expanded, frame.x(), frame.y(), frame.width(), frame.height());
+}
+
+MirlBusAdaptor::MirlBusAdaptor(MirlBusService* service)
+    : QDBusAbstractAdaptor(service)
+    , m_service(service) {
+    connect(service, &MirlBusService::mirlState, this, &MirlBusAdaptor::mirlState);
+}
+
+QString MirlBusAdaptor::title() const {
+    return m_service->value("title").toString();
+}
+QString MirlBusAdaptor::artist() const {
+    return m_service->value("artist").toString();
+}
+QString MirlBusAdaptor::album() const {
+    return m_service->value("album").toString();
+}
+QString MirlBusAdaptor::sourceName() const {
+    return m_service->value("sourceName").toString();
+}
+bool MirlBusAdaptor::isPlaying() const {
+    return m_service->value("isPlaying").toBool();
+}
+double MirlBusAdaptor::duration() const {
+    return m_service->value("duration").toDouble();
+}
+double MirlBusAdaptor::position() const {
+    return m_service->value("position").toDouble();
+}
+QString MirlBusAdaptor::trackURI() const {
+    return m_service->value("trackURI").toString();
+}
+
+} // namespace MirlPlayer

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <QDBusAbstractAdaptor>
+#include <QDBusConnection>
+#include <QObject>
+#include <QPointer>
+#include <QRectF>
+#include <QVariantMap>
+
+namespace MirlPlayer {
+
+// The program on the session bus: service "com.kestrova.mirlpro", object "/com/kestrova/mirlpro",
+// interface "com.kestrova.mirlpro". It mirrors the now-playing model as read-only properties
+// (title, artist, album, sourceName, isPlaying, duration, position, trackURI), announces their
+// changes with org.freedesktop.DBus.Properties.PropertiesChanged, and sends the panel's
+// mirlState signal (expanded, x, y, w, h) when the panel changes.
+//
+// The properties are read from the model through its meta-object by these names, so the service
+// holds no copy of its own truth. Position moves six times a second while playing; like an MPRIS
+// player's Position it is read on demand and not announced.
+class MirlBusService : public QObject {
+    Q_OBJECT
+public:
+    static constexpr const char* serviceName = "com.kestrova.mirlpro";
+    static constexpr const char* objectPath = "/com/kestrova/mirlpro";
+    static constexpr const char* interfaceName = "com.kestrova.mirlpro";
+
+    // `model` carries title, artist, album, sourceName, isPlaying, duration and trackURI;
+    // `clock` carries position. Both must outlive nothing: a destroyed model reads as empty.
+    MirlBusService(QObject* model, QObject* clock, QObject* parent = nullptr);
+
+    // Puts the object and the name on `bus`. False when the bus is missing or another process
+    // holds the name; the program runs on without it.
+    bool registerOn(const QDBusConnection& bus);
+
+    // The panel's geometry changed (expanded or not, and its rectangle in screen coordinates).
+    void announcePanelState(bool expanded, const QRectF& frame);
+
+    QVariant value(const char* name) const;
+
+Q_SIGNALS:
+    void mirlState(bool expanded, double x, double y, double w, double h);
+
+private Q_SLOTS:
+    void scheduleAnnouncement();
+
+private:
+    void announceChanges();
+    QVariantMap announcedValues() const;
+
+    QPointer<QObject> m_model;
+    QPointer<QObject> m_clock;
+    QDBusConnection m_bus{QString()};
+    QVariantMap m_announced; // what the bus last heard
+    bool m_scheduled = false;
+};
+
+// The exported interface. Property reads go straight to the model.
+class MirlBusAdaptor : public QDBusAbstractAdaptor {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "com.kestrova.mirlpro")
+    Q_CLASSINFO("D-Bus Introspection",
+                "  <interface name=\"com.kestrova.mirlpro\">\n"
+                "    <property name=\"title\" type=\"s\" access=\"read\"/>\n"
+                "    <property name=\"artist\" type=\"s\" access=\"read\"/>\n"
+                "    <property name=\"album\" type=\"s\" access=\"read\"/>\n"
+                "    <property name=\"sourceName\" type=\"s\" access=\"read\"/>\n"
+                "    <property name=\"isPlaying\" type=\"b\" access=\"read\"/>\n"
+                "    <property name=\"duration\" type=\"d\" access=\"read\"/>\n"
+                "    <property name=\"position\" type=\"d\" access=\"read\">\n"
+                "      <annotation name=\"org.freedesktop.DBus.Property.EmitsChangedSignal\" "
+                "value=\"false\"/>\n"
+                "    </property>\n"
+                "    <property name=\"trackURI\" type=\"s\" access=\"read\"/>\n"
+                "    <signal name=\"mirlState\">\n"
+                "      <arg name=\"expanded\" type=\"b\"/>\n"
+                "      <arg name=\"x\" type=\"d\"/>\n"
+                "      <arg name=\"y\" type=\"d\"/>\n"
+                "      <arg name=\"w\" type=\"d\"/>\n"
+                "      <arg name=\"h\" type=\"d\"/>\n"
+                "    </signal>\n"
+                "  </interface>\n")
+    Q_PROPERTY(QString title READ title)
+    Q_PROPERTY(QString artist READ artist)
+    Q_PROPERTY(QString album READ album)
+    Q_PROPERTY(QString sourceName READ sourceName)
+    Q_PROPERTY(bool isPlaying READ isPlaying)
+    Q_PROPERTY(double duration READ duration)
+    Q_PROPERTY(double position READ position)
+    Q_PROPERTY(QString trackURI READ trackURI)
+public:
+    explicit MirlBusAdaptor(MirlBusService* service);
+
+    QString title() const;
+    QString artist() const;
+    QString album() const;
+    QString sourceName() const;
+    bool isPlaying() const;
+    double duration() const;
+    double position() const;
+    QString trackURI() const;
+
+Q_SIGNALS:
+    void mirlState(bool expanded, double x, double y, double w, double h);
+
+private:
+    MirlBusService* m_service;
+};
+
+} // namespace MirlPlayer

@@ -1,0 +1,527 @@
+#include "audio/AudioEQ.h"
+#include "core/Preferences.h"
+#include "visualizers/VizConfig.h"
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+#include <QTest>
+#include <cmath>
+#include <memory>
+
+using namespace MirlPlayer;
+
+namespace {
+
+constexpr double rate = 48000;
+
+// Interleaved frames of a sine, with a gain per channel.
+std::vector<float> sine(double frequency, double amplitude, int frames, int channels = 2,
+                        double leftGain = 1, double rightGain = 1, double sampleRate = rate) {
+    std::vector<float> s(size_t(frames * channels));
+    for (int i = 0; i < frames; ++i) {
+        const float v = float(amplitude * std::sin(2 * M_PI * frequency * i / sampleRate));
+        for (int c = 0; c < channels; ++c)
+            s[size_t(i * channels + c)] = v * float(c == 0 ? leftGain : rightGain);
+    }
+    return s;
+}
+
+// One engine with everything it reads under the test's control, and what it delivered.
+struct Rig {
+    QTemporaryDir dir;
+    Preferences prefs{dir.filePath("preferences.conf")};
+    VizConfig viz{prefs};
+    ManualClock clock{0.0};
+    EQTuning tuning;
+    std::unique_ptr<AudioEQ> eq;
+    QList<LevelArray> levels;
+    QList<StereoCurve> curves;
+    QStringList statuses;
+    QStringList calls;
+
+    explicit Rig(EQTuning t = {}, bool matchLoudness = false)
+        : tuning(t) {
+        prefs.setValue("matchLoudness", matchLoudness);
+        eq = std::make_unique<AudioEQ>(prefs, viz, clock, &tuning);
+        eq->onLevels = [this](const LevelArray& l) {
+            levels.append(l);
+            calls.append("levels");
+        };
+        eq->onActive = [this](bool active) { calls.append(active ? "active" : "inactive"); };
+        eq->onStereo = [this](const StereoCurve& c) { curves.append(c); };
+        eq->onStatus = [this](const QString& text, bool) { statuses.append(text); };
+    }
+
+    void push(const std::vector<float>& interleaved, int channels = 2, double sampleRate = rate) {
+        const TapFormat format{sampleRate, true, quint32(channels), false};
+        eq->processBlock(interleaved.data(), interleaved.size() / size_t(channels), format);
+    }
+    // Lets the GUI thread take what the sample side handed over.
+    void deliver() {
+        QCoreApplication::processEvents();
+        QCoreApplication::processEvents();
+    }
+    LevelArray pushAndTake(const std::vector<float>& interleaved, int channels = 2) {
+        push(interleaved, channels);
+        deliver();
+        return levels.isEmpty() ? LevelArray{} : levels.last();
+    }
+};
+
+int loudestColumn(const StereoCurve& c) {
+    return int(std::max_element(c.begin(), c.end()) - c.begin());
+}
+
+} // namespace
+
+class tst_AudioEQ : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    // ---- the level curve ----
+
+    void levelCurveMapsDecibelsToLevels_data() {
+        QTest::addColumn<double>("db");
+        QTest::addColumn<double>("level");
+        QTest::newRow("full scale") << 0.0 << 1.0;
+        QTest::newRow("half way down") << -35.0 << 0.25;
+        QTest::newRow("floor") << -70.0 << 0.0;
+        QTest::newRow("below the floor") << -90.0 << 0.0;
+        QTest::newRow("above full scale is capped") << 6.0 << 1.0;
+    }
+    void levelCurveMapsDecibelsToLevels() {
+        QFETCH(double, db);
+        QFETCH(double, level);
+        EQTuning flat;
+        flat.tilt = 0;
+        const std::vector<float> mags(1024, float(std::pow(10.0, db / 20)));
+        const auto levels = AudioEQ::bandLevels(mags.data(), 1024, 128, rate, flat);
+        QCOMPARE(int(levels.size()), 128);
+        for (float v : levels)
+            QVERIFY2(std::abs(v - level) < 1e-4, qPrintable(QString::number(v)));
+    }
+
+    void tiltPivotsAtOneKilohertz() {
+        const std::vector<float> mags(1024, float(std::pow(10.0, -35.0 / 20)));
+        const auto levels = AudioEQ::bandLevels(mags.data(), 1024, 128, rate, EQTuning{});
+        // Low bands lose, high bands gain, about two decibels per octave.
+        QVERIFY(levels.front() < 0.2f);
+        QVERIFY(levels.back() > 0.3f);
+        QVERIFY(std::abs(levels[68] - 0.25f) < 0.01f); // the band that holds 1 kHz
+    }
+
+    void sharpnessLiftsALoneBandAndLeavesAFlatSpectrum() {
+        EQTuning sharp;
+        sharp.tilt = 0;
+        sharp.sharpness = 1.0;
+        std::vector<float> mags(1024, float(std::pow(10.0, -35.0 / 20)));
+        auto levels = AudioEQ::bandLevels(mags.data(), 1024, 128, rate, sharp);
+        QVERIFY(std::abs(levels[64] - 0.25f) < 1e-4f);
+        for (float& m : mags)
+            m = float(std::pow(10.0, -50.0 / 20));
+        mags[600] = float(std::pow(10.0, -35.0 / 20));
+        EQTuning plain = sharp;
+        plain.sharpness = 0;
+        const auto plainLevels = AudioEQ::bandLevels(mags.data(), 1024, 128, rate, plain);
+        levels = AudioEQ::bandLevels(mags.data(), 1024, 128, rate, sharp);
+        const int peak =
+            int(std::max_element(plainLevels.begin(), plainLevels.end()) - plainLevels.begin());
+        QVERIFY(levels[size_t(peak)] > plainLevels[size_t(peak)]);
+    }
+
+    void noBandsGiveAnEmptyArray() {
+        const std::vector<float> mags(1024, 1.0f);
+        QVERIFY(AudioEQ::bandLevels(mags.data(), 1024, 0, rate, EQTuning{}).empty());
+    }
+
+    void bandRangeFollowsTheSampleRate_data() {
+        QTest::addColumn<double>("sampleRate");
+        QTest::addColumn<int>("bin");
+        QTest::addColumn<int>("firstBand");
+        QTest::addColumn<int>("lastBand");
+        QTest::newRow("40 Hz lights the lowest bands") << 48000.0 << 1 << 0 << 3;
+        QTest::newRow("16 kHz is the top") << 48000.0 << 682 << 127 << 127;
+        QTest::newRow("above 16 kHz is no band") << 48000.0 << 683 << -1 << -1;
+        QTest::newRow("8 kHz rate reaches nyquist") << 8000.0 << 1023 << 127 << 127;
+        QTest::newRow("low nyquist starts at a quarter of it") << 200.0 << 256 << 0 << 0;
+        QTest::newRow("below a quarter of a low nyquist") << 200.0 << 255 << -1 << -1;
+    }
+    void bandRangeFollowsTheSampleRate() {
+        QFETCH(double, sampleRate);
+        QFETCH(int, bin);
+        QFETCH(int, firstBand);
+        QFETCH(int, lastBand);
+        std::vector<float> mags(1024, 0.0f);
+        mags[size_t(bin)] = 1.0f;
+        const auto levels = AudioEQ::bandLevels(mags.data(), 1024, 128, sampleRate, EQTuning{});
+        int first = -1;
+        int last = -1;
+        for (int i = 0; i < 128; ++i) {
+            if (levels[size_t(i)] > 0) {
+                if (first < 0)
+                    first = i;
+                last = i;
+            }
+        }
+        QCOMPARE(first, firstBand);
+        if (firstBand >= 0)
+            QVERIFY(last <= lastBand);
+        else
+            QCOMPARE(last, -1);
+    }
+
+    // ---- frames and emission ----
+
+    void theFirstEmissionNeedsAFullFrame() {
+        Rig rig;
+        for (int i = 0; i < 3; ++i) {
+            rig.clock.advance(0.05);
+            rig.push(sine(1000, 0.1, 512));
+            rig.deliver();
+        }
+        QCOMPARE(rig.levels.size(), 0);
+        rig.clock.advance(0.05);
+        rig.push(sine(1000, 0.1, 512));
+        rig.deliver();
+        QCOMPARE(rig.levels.size(), 1);
+        QCOMPARE(rig.levels.first().size(), 128);
+        QCOMPARE(rig.calls, (QStringList{"active", "levels"}));
+    }
+
+    void blocksOnTheSampleQueueReachTheGuiThread() {
+        Rig rig;
+        const auto block = sine(1000, 0.1, 2048);
+        const TapFormat format{rate, true, 2, false};
+        AudioEQ& eq = *rig.eq;
+        rig.clock.set(0.1);
+        eq.sampleQueue().sync([&] {
+            QVERIFY(eq.sampleQueue().isCurrent());
+            eq.processBlock(block.data(), 2048, format);
+        });
+        QCOMPARE(rig.levels.size(), 0); // nothing is called on the sample queue
+        rig.deliver();
+        QCOMPARE(rig.levels.size(), 1);
+        QCOMPARE(rig.curves.size(), 1);
+        QVERIFY(rig.levels.last()[68] > 0.5);
+    }
+
+    void emissionIsStrictlyLimitedToThirtyPerSecond() {
+        Rig rig;
+        const auto block = sine(1000, 0.1, 2048);
+        rig.pushAndTake(block);
+        QCOMPARE(rig.levels.size(), 1);
+        rig.clock.set(1.0 / 30.0);
+        rig.pushAndTake(block);
+        QCOMPARE(rig.levels.size(), 1);
+        rig.clock.set(1.0 / 30.0 + 1e-6);
+        rig.pushAndTake(block);
+        QCOMPARE(rig.levels.size(), 2);
+    }
+
+    void smoothingAdvancesBetweenEmissions() {
+        // Two rigs hear the same quiet tone; one also hears a loud burst in frames that are not
+        // emitted. Its follower rose meanwhile, and the next emission shows it.
+        Rig often;
+        Rig once;
+        const auto quiet = sine(1000, 0.002, 2048);
+        const auto loud = sine(1000, 0.05, 2048);
+        often.clock.set(0.01);
+        once.clock.set(0.01);
+        often.pushAndTake(quiet);
+        once.pushAndTake(quiet);
+        for (int i = 1; i <= 3; ++i) {
+            often.clock.set(0.01 + 0.01 * i);
+            often.pushAndTake(loud);
+        }
+        QCOMPARE(often.levels.size(), 1);
+        often.clock.set(0.05);
+        once.clock.set(0.05);
+        const auto a = often.pushAndTake(quiet);
+        const auto b = once.pushAndTake(quiet);
+        QCOMPARE(often.levels.size(), 2);
+        QVERIFY(a[68] > b[68]);
+    }
+
+    void aLongPauseCountsAsATenthOfASecond_data() {
+        QTest::addColumn<double>("gap");
+        QTest::addColumn<bool>("sameAsATenth");
+        QTest::newRow("one second") << 1.0 << true;
+        QTest::newRow("ten seconds") << 10.0 << true;
+        QTest::newRow("a twentieth") << 0.05 << false;
+    }
+    void aLongPauseCountsAsATenthOfASecond() {
+        QFETCH(double, gap);
+        QFETCH(bool, sameAsATenth);
+        const auto block = sine(1000, 0.01, 2048);
+        Rig tenth;
+        tenth.clock.advance(0.1);
+        const auto reference = tenth.pushAndTake(block);
+        Rig rig;
+        rig.clock.advance(gap);
+        const auto levels = rig.pushAndTake(block);
+        QVERIFY(reference[68] > 0.05 && reference[68] < 0.99); // not clipped either way
+        QCOMPARE(levels == reference, sameAsATenth);
+    }
+
+    void withoutATapFormatTheBandsAssume48kHz() {
+        const auto frame = sine(1000, 0.01, 2048, 1);
+        Rig none;
+        none.clock.advance(0.1);
+        none.eq->processMono(frame.data(), frame.size());
+        none.deliver();
+        Rig at48;
+        at48.clock.advance(0.1);
+        at48.eq->setTapFormat(TapFormat{48000, true, 1, false});
+        at48.eq->processMono(frame.data(), frame.size());
+        at48.deliver();
+        Rig at8;
+        at8.clock.advance(0.1);
+        at8.eq->setTapFormat(TapFormat{8000, true, 1, false});
+        at8.eq->processMono(frame.data(), frame.size());
+        at8.deliver();
+        QCOMPARE(none.levels.size(), 1);
+        QCOMPARE(none.levels.last(), at48.levels.last());
+        QVERIFY(none.levels.last() != at8.levels.last());
+    }
+
+    void signalIsAnySampleAboveTheThreshold_data() {
+        QTest::addColumn<float>("sample");
+        QTest::addColumn<bool>("signal");
+        QTest::newRow("digital silence") << 0.0f << false;
+        QTest::newRow("below a millionth") << 5e-7f << false;
+        QTest::newRow("one sample above") << 2e-6f << true;
+        QTest::newRow("one negative sample") << -2e-6f << true;
+    }
+    void signalIsAnySampleAboveTheThreshold() {
+        QFETCH(float, sample);
+        QFETCH(bool, signal);
+        Rig rig;
+        std::vector<float> block(2048 * 2, 0.0f);
+        block[2 * 1500] = sample;
+        block[2 * 1500 + 1] = sample;
+        rig.clock.set(7.0);
+        rig.pushAndTake(block);
+        QCOMPARE(rig.levels.size(), 1); // silence is emitted like anything else
+        QCOMPARE(rig.calls.first(), QStringLiteral("active"));
+        QCOMPARE(rig.eq->lastSignalAt(), signal ? 7.0 : Clock::distantPast);
+        QCOMPARE(rig.statuses,
+                 signal ? QStringList{"Receiving audio from Spotify"} : QStringList{});
+        rig.clock.set(8.0);
+        rig.pushAndTake(block);
+        QCOMPARE(rig.statuses.size(), signal ? 1 : 0); // a repeated status is not reported
+    }
+
+    void punchLeavesTheFirstFrameAfterAResetAlone() {
+        EQTuning punchy;
+        punchy.punch = 3.0;
+        Rig withPunch(punchy);
+        Rig plain;
+        const auto quiet = sine(1000, 0.003, 2048);
+        const auto loud = sine(1000, 0.01, 2048);
+        for (Rig* rig : {&withPunch, &plain})
+            rig->clock.set(0.1);
+        QCOMPARE(withPunch.pushAndTake(quiet), plain.pushAndTake(quiet));
+        for (Rig* rig : {&withPunch, &plain})
+            rig->clock.set(0.2);
+        QVERIFY(withPunch.pushAndTake(loud)[68] > plain.pushAndTake(loud)[68]);
+
+        for (Rig* rig : {&withPunch, &plain}) {
+            rig->eq->captureReset();
+            rig->clock.set(0.3);
+        }
+        QCOMPARE(withPunch.pushAndTake(loud), plain.pushAndTake(loud));
+    }
+
+    void aResetDropsResultsStillInFlight() {
+        Rig rig;
+        rig.push(sine(1000, 0.1, 2048));
+        const QUuid before = rig.eq->captureGeneration();
+        rig.eq->captureReset();
+        QVERIFY(rig.eq->captureGeneration() != before);
+        rig.deliver();
+        QCOMPARE(rig.levels.size(), 0);
+        QCOMPARE(rig.curves.size(), 0);
+        // The reset also emptied the frame: the next emission needs a full one again.
+        rig.clock.set(1.0);
+        rig.pushAndTake(sine(1000, 0.1, 1024));
+        QCOMPARE(rig.levels.size(), 0);
+        rig.clock.set(1.1);
+        rig.pushAndTake(sine(1000, 0.1, 1024));
+        QCOMPARE(rig.levels.size(), 1);
+    }
+
+    void malformedBlocksAreDropped_data() {
+        QTest::addColumn<QString>("block");
+        QTest::addColumn<bool>("analysed");
+        QTest::newRow("no buffers") << "none" << false;
+        QTest::newRow("no data") << "null" << false;
+        QTest::newRow("no tap format") << "noFormat" << false;
+        QTest::newRow("no channels") << "zeroChannels" << false;
+        QTest::newRow("planes of different lengths") << "uneven" << false;
+        // Not malformed: these yield no samples, and the full frame is analysed again.
+        QTest::newRow("more channels than samples") << "tooManyChannels" << true;
+        QTest::newRow("an empty block") << "empty" << true;
+        QTest::newRow("one plane serves both sides") << "onePlane" << true;
+    }
+    void malformedBlocksAreDropped() {
+        QFETCH(QString, block);
+        QFETCH(bool, analysed);
+        Rig rig;
+        rig.pushAndTake(sine(1000, 0.1, 2048));
+        QCOMPARE(rig.levels.size(), 1);
+        rig.clock.set(1.0);
+
+        const auto samples = sine(1000, 0.1, 512, 1);
+        const AudioBuffer plane{samples.data(), samples.size() * sizeof(float)};
+        const AudioBuffer shortPlane{samples.data(), 100 * sizeof(float)};
+        const AudioBuffer nothing{nullptr, 0};
+        const AudioBuffer emptyPlane{samples.data(), 0};
+        const TapFormat planar{rate, true, 2, true};
+        const TapFormat interleaved{rate, true, 2, false};
+        AudioEQ& eq = *rig.eq;
+        if (block == "none") {
+            eq.setTapFormat(interleaved);
+            eq.processBlock(std::span<const AudioBuffer>{});
+        } else if (block == "null") {
+            eq.setTapFormat(interleaved);
+            eq.processBlock(std::span<const AudioBuffer>(&nothing, 1));
+        } else if (block == "noFormat") {
+            eq.setTapFormat(std::nullopt);
+            eq.processBlock(std::span<const AudioBuffer>(&plane, 1));
+        } else if (block == "zeroChannels") {
+            eq.setTapFormat(TapFormat{rate, true, 0, false});
+            eq.processBlock(std::span<const AudioBuffer>(&plane, 1));
+        } else if (block == "uneven") {
+            eq.setTapFormat(planar);
+            const AudioBuffer planes[2] = {plane, shortPlane};
+            eq.processBlock(std::span<const AudioBuffer>(planes, 2));
+        } else if (block == "tooManyChannels") {
+            eq.setTapFormat(TapFormat{rate, true, 8, false});
+            const AudioBuffer few{samples.data(), 4 * sizeof(float)};
+            eq.processBlock(std::span<const AudioBuffer>(&few, 1));
+        } else if (block == "empty") {
+            eq.setTapFormat(interleaved);
+            eq.processBlock(std::span<const AudioBuffer>(&emptyPlane, 1));
+        } else if (block == "onePlane") {
+            eq.setTapFormat(planar);
+            eq.processBlock(std::span<const AudioBuffer>(&plane, 1));
+        }
+        rig.deliver();
+        QCOMPARE(rig.levels.size(), analysed ? 2 : 1);
+    }
+
+    // ---- settings read on every block ----
+
+    void loudnessMatchingActsOnTheNextBlock() {
+        Rig rig(EQTuning{}, true);
+        const auto quiet = sine(1000, 0.01, 2048); // about -43 dB: above the gate
+        rig.clock.set(0.1);
+        const double matched = rig.pushAndTake(quiet)[68];
+        rig.prefs.setValue("matchLoudness", false);
+        rig.eq->captureReset(); // same follower state for a fair comparison
+        rig.clock.set(0.2);
+        const double unmatched = rig.pushAndTake(quiet)[68];
+        QVERIFY2(matched > unmatched * 2, qPrintable(QString("%1 %2").arg(matched).arg(unmatched)));
+    }
+
+    void aMovedSliderActsOnTheNextBlock_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<double>("value");
+        QTest::newRow("smoothing") << "smoothing" << 0.9;
+        QTest::newRow("sensitivity") << "sensitivity" << 0.5;
+    }
+    void aMovedSliderActsOnTheNextBlock() {
+        QFETCH(QString, key);
+        QFETCH(double, value);
+        const auto block = sine(1000, 0.01, 2048);
+        Rig moved;
+        Rig plain;
+        moved.viz.set(key, value);
+        for (Rig* rig : {&moved, &plain})
+            rig->clock.set(0.05);
+        QVERIFY(moved.pushAndTake(block)[68] < plain.pushAndTake(block)[68]);
+    }
+
+    // ---- the stereo field ----
+
+    void stereoFieldPlacesTheSource_data() {
+        QTest::addColumn<int>("channels");
+        QTest::addColumn<double>("left");
+        QTest::addColumn<double>("right");
+        QTest::addColumn<int>("column");
+        QTest::newRow("mono source") << 1 << 1.0 << 1.0 << 48;
+        QTest::newRow("identical channels") << 2 << 1.0 << 1.0 << 48;
+        QTest::newRow("left only") << 2 << 1.0 << 0.0 << 0;
+        QTest::newRow("right only") << 2 << 0.0 << 1.0 << 95;
+    }
+    void stereoFieldPlacesTheSource() {
+        QFETCH(int, channels);
+        QFETCH(double, left);
+        QFETCH(double, right);
+        QFETCH(int, column);
+        Rig rig;
+        rig.clock.set(0.05);
+        rig.push(sine(1000, 0.3, 2048, channels, left, right), channels);
+        rig.deliver();
+        QCOMPARE(rig.curves.size(), 1);
+        const StereoCurve& c = rig.curves.last();
+        QCOMPARE(loudestColumn(c), column);
+        if (column == 48) {
+            // The kernel spreads the centre to its neighbours, evenly.
+            QVERIFY(c[47] > 0 && c[49] > 0);
+            QVERIFY(std::abs(c[46] - c[50]) < 1e-6f);
+            QCOMPARE(c[0], 0.0f);
+        }
+    }
+
+    void stereoIsLimitedBeforeTheTransforms() {
+        Rig rig;
+        const auto block = sine(1000, 0.3, 2048);
+        rig.clock.set(1.0);
+        rig.push(block);
+        rig.clock.set(1.0 + 1.0 / 45.0); // not more than 1/45 s later
+        rig.push(block);
+        QCOMPARE(rig.eq->stereoL().transformCount(), 1u);
+        QCOMPARE(rig.eq->stereoR().transformCount(), 1u);
+        rig.clock.set(1.03);
+        rig.push(block);
+        QCOMPARE(rig.eq->stereoL().transformCount(), 2u);
+        rig.deliver();
+        QCOMPARE(rig.curves.size(), 1); // the newest of the two
+    }
+
+    void silenceLetsTheStereoCurveFall() {
+        Rig rig;
+        rig.clock.set(0.05);
+        rig.pushAndTake(sine(1000, 0.3, 2048));
+        const float start = rig.curves.last()[48];
+        QVERIFY(start > 0.5f);
+        const std::vector<float> silence(2048 * 2, 0.0f);
+        for (int i = 1; i <= 40; ++i) {
+            rig.clock.set(0.05 + 0.05 * i);
+            rig.pushAndTake(silence);
+        }
+        const StereoCurve& c = rig.curves.last();
+        QVERIFY(*std::max_element(c.begin(), c.end()) < 0.01f);
+    }
+
+    void stereoFieldFollowsTheSampleRate_data() {
+        QTest::addColumn<double>("sampleRate");
+        QTest::addColumn<bool>("filled");
+        QTest::newRow("16 kHz above nyquist") << 22050.0 << true;
+        QTest::newRow("no bins between the limits") << 80.0 << false;
+    }
+    void stereoFieldFollowsTheSampleRate() {
+        QFETCH(double, sampleRate);
+        QFETCH(bool, filled);
+        Rig rig;
+        rig.clock.set(0.05);
+        rig.push(sine(sampleRate / 8, 0.3, 2048, 2, 1, 1, sampleRate), 2, sampleRate);
+        rig.deliver();
+        QCOMPARE(rig.curves.size(), 1);
+        const StereoCurve& c = rig.curves.last();
+        QCOMPARE(*std::max_element(c.begin(), c.end()) > 0.1f, filled);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_AudioEQ)
+#include "tst_AudioEQ.moc"

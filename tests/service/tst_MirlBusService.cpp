@@ -1,0 +1,169 @@
+#include "platform/linux/service/MirlBusService.h"
+#include "support/PrivateBus.h"
+
+#include <QDBusInterface>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace MirlPlayer;
+
+// The now-playing model as the service sees it: properties with change signals.
+class StandInModel : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QString title MEMBER m_title NOTIFY titleChanged)
+    Q_PROPERTY(QString artist MEMBER m_artist NOTIFY artistChanged)
+    Q_PROPERTY(QString album MEMBER m_album NOTIFY albumChanged)
+    Q_PROPERTY(QString sourceName MEMBER m_sourceName NOTIFY sourceNameChanged)
+    Q_PROPERTY(bool isPlaying MEMBER m_isPlaying NOTIFY isPlayingChanged)
+    Q_PROPERTY(double duration MEMBER m_duration NOTIFY durationChanged)
+    Q_PROPERTY(QString trackURI MEMBER m_trackURI NOTIFY trackURIChanged)
+public:
+    QString m_title = QStringLiteral("Nothing Playing");
+    QString m_artist = QStringLiteral("Open Spotify or Apple Music");
+    QString m_album, m_sourceName, m_trackURI;
+    bool m_isPlaying = false;
+    double m_duration = 0;
+Q_SIGNALS:
+    void titleChanged();
+    void artistChanged();
+    void albumChanged();
+    void sourceNameChanged();
+    void isPlayingChanged();
+    void durationChanged();
+    void trackURIChanged();
+};
+
+class StandInClock : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(double position MEMBER m_position NOTIFY positionChanged)
+public:
+    double m_position = 0;
+Q_SIGNALS:
+    void positionChanged();
+};
+
+// Receives PropertiesChanged and mirlState.
+class Listener : public QObject {
+    Q_OBJECT
+public:
+    QList<QVariantMap> changes;
+    QList<QVariantList> states;
+public Q_SLOTS:
+    void propertiesChanged(const QString& interface, const QVariantMap& changed,
+                           const QStringList&) {
+        if (interface == u"com.kestrova.mirlpro")
+            changes.append(changed);
+    }
+    void mirlState(bool expanded, double x, double y, double w, double h) {
+        states.append({expanded, x, y, w, h});
+    }
+};
+
+class tst_MirlBusService : public QObject {
+    Q_OBJECT
+    MirlTest::PrivateBus m_bus;
+
+    QVariant read(const QDBusConnection& client, const QString& name) {
+        QDBusMessage get =
+            QDBusMessage::createMethodCall("com.kestrova.mirlpro", "/com/kestrova/mirlpro",
+                                           "org.freedesktop.DBus.Properties", "Get");
+        get << QStringLiteral("com.kestrova.mirlpro") << name;
+        const QDBusMessage reply = client.call(get, QDBus::BlockWithGui, 2000);
+        if (reply.type() != QDBusMessage::ReplyMessage)
+            return {};
+        return reply.arguments().constFirst().value<QDBusVariant>().variant();
+    }
+
+private Q_SLOTS:
+    void initTestCase() { QVERIFY(!m_bus.address().isEmpty()); }
+
+    void readsAnswerWithTheLiveModel() {
+        StandInModel model;
+        StandInClock clock;
+        MirlBusService service(&model, &clock);
+        QVERIFY(service.registerOn(m_bus.connect("service1")));
+        const auto client = m_bus.connect("client1");
+        QCOMPARE(read(client, "title").toString(), QStringLiteral("Nothing Playing"));
+        model.m_title = QStringLiteral("First Light");
+        clock.m_position = 12.5;
+        model.m_duration = 45;
+        QCOMPARE(read(client, "title").toString(), QStringLiteral("First Light"));
+        QCOMPARE(read(client, "position").toDouble(), 12.5);
+        QCOMPARE(read(client, "duration").toDouble(), 45.0);
+        QCOMPARE(read(client, "isPlaying").toBool(), false);
+        QCOMPARE(read(client, "trackURI").toString(), QString());
+        QDBusConnection::disconnectFromBus("service1");
+        QDBusConnection::disconnectFromBus("client1");
+    }
+
+    void changesGoOutTogetherAndOnlyWhenTheyDiffer() {
+        StandInModel model;
+        StandInClock clock;
+        MirlBusService service(&model, &clock);
+        QVERIFY(service.registerOn(m_bus.connect("service2")));
+        auto client = m_bus.connect("client2");
+        Listener listener;
+        QVERIFY(client.connect("", "/com/kestrova/mirlpro", "org.freedesktop.DBus.Properties",
+                               "PropertiesChanged", &listener,
+                               SLOT(propertiesChanged(QString, QVariantMap, QStringList))));
+        QVERIFY(client.connect("", "/com/kestrova/mirlpro", "com.kestrova.mirlpro", "mirlState",
+                               &listener, SLOT(mirlState(bool, double, double, double, double))));
+
+        // A track change: several properties in one turn.
+        model.m_title = "First Light";
+        Q_EMIT model.titleChanged();
+        model.m_artist = "Mirl Test Ensemble";
+        Q_EMIT model.artistChanged();
+        model.m_isPlaying = true;
+        Q_EMIT model.isPlayingChanged();
+        model.m_trackURI = "spotify:track:abc";
+        Q_EMIT model.trackURIChanged();
+        QTRY_COMPARE(listener.changes.size(), 1);
+        QCOMPARE(listener.changes.first(), (QVariantMap{{"title", "First Light"},
+                                                        {"artist", "Mirl Test Ensemble"},
+                                                        {"isPlaying", true},
+                                                        {"trackURI", "spotify:track:abc"}}));
+
+        // A notification without a real change, and the moving clock, say nothing.
+        Q_EMIT model.albumChanged();
+        clock.m_position = 3;
+        Q_EMIT clock.positionChanged();
+        model.m_duration = 200;
+        Q_EMIT model.durationChanged();
+        QTRY_COMPARE(listener.changes.size(), 2);
+        QCOMPARE(listener.changes.last(), (QVariantMap{{"duration", 200.0}}));
+
+        service.announcePanelState(true, QRectF(100, 0, 420, 180));
+        QTRY_COMPARE(listener.states.size(), 1);
+        QCOMPARE(listener.states.first(), (QVariantList{true, 100.0, 0.0, 420.0, 180.0}));
+        QDBusConnection::disconnectFromBus("service2");
+        QDBusConnection::disconnectFromBus("client2");
+    }
+
+    void aSecondInstanceDoesNotTakeTheName() {
+        StandInModel model;
+        StandInClock clock;
+        MirlBusService first(&model, &clock);
+        MirlBusService second(&model, &clock);
+        QVERIFY(first.registerOn(m_bus.connect("service3")));
+        QVERIFY(!second.registerOn(m_bus.connect("service4")));
+        QVERIFY(!second.registerOn(QDBusConnection(QString())));
+        QDBusConnection::disconnectFromBus("service3");
+        QDBusConnection::disconnectFromBus("service4");
+    }
+
+    void aGoneModelReadsAsEmpty() {
+        auto model = std::make_unique<StandInModel>();
+        MirlBusService service(model.get(), nullptr);
+        model->m_title = "x";
+        QCOMPARE(service.value("title").toString(), QStringLiteral("x"));
+        model.reset();
+        QCOMPARE(service.value("title").toString(), QString());
+        QCOMPARE(service.value("position").toDouble(), 0.0);
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_MirlBusService)
+#include "tst_MirlBusService.moc"

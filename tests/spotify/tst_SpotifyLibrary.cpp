@@ -1,0 +1,1098 @@
+#include "spotify/SpotifyLibrary.h"
+
+#include "FakeSpotifyServer.h"
+#include "core/Clock.h"
+#include "core/Preferences.h"
+#include "core/PrivateFile.h"
+
+#include <QCoro/QCoroTimer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QRandomGenerator>
+#include <QSignalSpy>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QUrlQuery>
+#include <memory>
+#include <sys/socket.h>
+#include <sys/stat.h>
+
+using namespace MirlPlayer;
+using namespace std::chrono_literals;
+
+namespace {
+
+const QString kClient = QStringLiteral("0123456789abcdef0123456789abcdef");
+
+// The outcome of a coroutine driven to its end by the test's event loop.
+template <typename T> struct Outcome {
+    std::optional<T> value;
+    std::exception_ptr error;
+    bool done = false;
+
+    // The words a caller would show, "cancelled" for a cancellation, "" on success.
+    QString message() const {
+        if (!error)
+            return {};
+        try {
+            std::rethrow_exception(error);
+        } catch (const SpotifyError& e) {
+            return e.isCancellation() ? QStringLiteral("cancelled") : e.localizedDescription();
+        } catch (...) {
+            return QStringLiteral("unexpected exception");
+        }
+    }
+    bool failedWith(const QString& text) const { return done && message() == text; }
+    bool isSystemError() const {
+        try {
+            std::rethrow_exception(error);
+        } catch (const SpotifySystemError&) {
+            return true;
+        } catch (...) {
+        }
+        return false;
+    }
+};
+
+template <typename T>
+QCoro::Task<void> drive(QCoro::Task<T> task, std::shared_ptr<Outcome<T>> out) {
+    try {
+        out->value = co_await std::move(task);
+    } catch (...) {
+        out->error = std::current_exception();
+    }
+    out->done = true;
+}
+
+QCoro::Task<void> driveVoid(QCoro::Task<void> task, std::shared_ptr<Outcome<bool>> out) {
+    try {
+        co_await std::move(task);
+        out->value = true;
+    } catch (...) {
+        out->error = std::current_exception();
+    }
+    out->done = true;
+}
+
+template <typename T> std::shared_ptr<Outcome<T>> start(QCoro::Task<T>&& task) {
+    auto out = std::make_shared<Outcome<T>>();
+    drive<T>(std::move(task), out);
+    return out;
+}
+
+std::shared_ptr<Outcome<bool>> start(QCoro::Task<void>&& task) {
+    auto out = std::make_shared<Outcome<bool>>();
+    driveVoid(std::move(task), out);
+    return out;
+}
+
+template <typename T> bool finished(const std::shared_ptr<Outcome<T>>& out, int ms = 5000) {
+    return QTest::qWaitFor([&] { return out->done; }, ms);
+}
+
+// The wait for a request slot, without waiting: the clock jumps to the slot.
+QCoro::Task<void> jumpTo(ManualClock* clock, double until) {
+    if (until > clock->wallNow())
+        clock->advance(until - clock->wallNow());
+    co_await QCoro::sleepFor(0ms);
+}
+
+// A browser: follows the authorization address through the accounts service's redirect to the
+// loopback callback and returns the page it ends on.
+struct Browser {
+    QNetworkAccessManager nam;
+    QByteArray page;
+    int status = 0;
+    bool done = false;
+    void open(const QUrl& url) {
+        QNetworkReply* reply = nam.get(QNetworkRequest(url));
+        QObject::connect(reply, &QNetworkReply::finished, [this, reply] {
+            page = reply->readAll();
+            status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+            done = true;
+            reply->deleteLater();
+        });
+    }
+};
+
+// A raw connection to the loopback port.
+struct RawClient {
+    std::unique_ptr<QTcpSocket> socket = std::make_unique<QTcpSocket>();
+    QByteArray received;
+    bool closed = false;
+    RawClient() {
+        QObject::connect(socket.get(), &QTcpSocket::readyRead,
+                         [this] { received += socket->readAll(); });
+        QObject::connect(socket.get(), &QTcpSocket::disconnected, [this] { closed = true; });
+        QObject::connect(socket.get(), &QTcpSocket::errorOccurred, [this] { closed = true; });
+        socket->connectToHost(QHostAddress::LocalHost, SpotifyLibrary::callbackPort);
+        socket->waitForConnected(2000);
+    }
+    void send(const QByteArray& bytes) {
+        socket->write(bytes);
+        socket->flush();
+    }
+    bool waitClosed(int ms = 3000) {
+        return QTest::qWaitFor([this] { return closed; }, ms);
+    }
+    QByteArray statusLine() const { return received.left(received.indexOf("\r\n")); }
+};
+
+QByteArray callbackRequest(const QString& query) {
+    return "GET /callback?" + query.toUtf8() + " HTTP/1.1\r\nHost: 127.0.0.1:43821\r\n\r\n";
+}
+
+int modeOf(const QString& path) {
+    struct stat info {};
+    if (::stat(QFile::encodeName(path).constData(), &info) != 0)
+        return -1;
+    return int(info.st_mode & 07777);
+}
+
+bool portIsFree() {
+    QTcpServer probe;
+    return probe.listen(QHostAddress::LocalHost, SpotifyLibrary::callbackPort);
+}
+
+} // namespace
+
+class tst_SpotifyLibrary : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<QTemporaryDir> m_dir;
+    std::unique_ptr<Preferences> m_prefs;
+    std::unique_ptr<ManualClock> m_clock;
+    std::unique_ptr<FakeSpotifyServer> m_server;
+    std::unique_ptr<SpotifyLibrary> m_lib;
+    QList<QUrl> m_opened;
+    QStringList m_log;
+
+    std::unique_ptr<SpotifyLibrary> makeLibrary(std::optional<QString> clientID = kClient) {
+        auto lib = std::make_unique<SpotifyLibrary>(*m_prefs, *m_clock, clientID, true);
+        lib->setEndpoints({m_server->apiBase(), m_server->authorizeURL(), m_server->tokenURL()});
+        SpotifyTimings timings;
+        timings.connectionKillMs = 300;
+        timings.requestTimeoutMs = 2000;
+        lib->setTimings(timings);
+        lib->setBrowserOpener([this](const QUrl& url) { m_opened.append(url); });
+        lib->setLogSink([this](const QString& line) { m_log.append(line); });
+        lib->setSleeper([clock = m_clock.get()](double until) { return jumpTo(clock, until); });
+        lib->setMachineName(QStringLiteral("zed"));
+        return lib;
+    }
+
+    // A library that was signed in before: the sign-in file holds a refresh token.
+    void signedIn() {
+        QVERIFY(writePrivateFile(SpotifyLibrary::signInFilePath(),
+                                 QJsonDocument(QJsonObject{{kClient, "refresh-0"}}).toJson()));
+        m_lib = makeLibrary();
+        QVERIFY(m_lib->connected());
+    }
+
+    QString oauthState() const {
+        return QUrlQuery(m_opened.last()).queryItemValue(QStringLiteral("state"));
+    }
+
+    template <typename T> QString run(QCoro::Task<T>&& task) {
+        auto out = start(std::move(task));
+        if (!finished(out))
+            return QStringLiteral("did not finish");
+        return out->message();
+    }
+
+private Q_SLOTS:
+    void init() {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_prefs = std::make_unique<Preferences>(m_dir->filePath("prefs.conf"));
+        m_clock = std::make_unique<ManualClock>();
+        m_server = std::make_unique<FakeSpotifyServer>();
+        m_opened.clear();
+        m_log.clear();
+        QDir(SpotifyLibrary::privateSupportFolder()).removeRecursively();
+    }
+    void cleanup() {
+        m_lib.reset();
+        m_server.reset();
+        QVERIFY(QTest::qWaitFor(portIsFree, 2000));
+    }
+
+    // --- client ID ---
+
+    void clientIDIsTrimmedAndLowered_data() {
+        QTest::addColumn<QString>("input");
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("pasted with blanks, upper case") << "  0123456789ABCDEF0123456789ABCDEF \n"
+                                                        << true;
+        QTest::newRow("31 characters") << "0123456789abcdef0123456789abcde" << false;
+        QTest::newRow("33 characters") << "0123456789abcdef0123456789abcdef0" << false;
+        QTest::newRow("not hex") << "0123456789abcdef0123456789abcdeg" << false;
+        QTest::newRow("inner blank") << "0123456789abcdef 123456789abcdef" << false;
+        QTest::newRow("empty") << "" << false;
+    }
+    void clientIDIsTrimmedAndLowered() {
+        QFETCH(QString, input);
+        QFETCH(bool, accepted);
+        m_lib = makeLibrary(QString());
+        QCOMPARE(m_lib->setClientID(input), accepted);
+        QCOMPARE(m_lib->clientID(), accepted ? kClient : QString());
+        QCOMPARE(m_prefs->stringValue("spotifyClientID"), accepted ? kClient : QString());
+    }
+
+    void sameClientIDAgainChangesNothing() {
+        m_lib = makeLibrary(QString());
+        QVERIFY(m_lib->setClientID(kClient));
+        const int generation = m_lib->generation();
+        QVERIFY(m_lib->setClientID(kClient.toUpper()));
+        QCOMPARE(m_lib->generation(), generation);
+        // A new ID resets the session and picks up that ID's stored sign-in.
+        const QString other = QStringLiteral("fedcba9876543210fedcba9876543210");
+        QVERIFY(writePrivateFile(SpotifyLibrary::signInFilePath(),
+                                 QJsonDocument(QJsonObject{{other, "r"}}).toJson()));
+        QVERIFY(!m_lib->connected());
+        QVERIFY(m_lib->setClientID(other));
+        QVERIFY(m_lib->generation() > generation);
+        QVERIFY(m_lib->connected());
+    }
+
+    void clientIDComesFromTheSettingWhenNotGiven() {
+        m_prefs->setValue("spotifyClientID", QString(" " + kClient + "\n"));
+        m_lib = makeLibrary(std::nullopt);
+        QCOMPARE(m_lib->clientID(), kClient);
+    }
+
+    void signInWithoutClientIDAsksForSetup() {
+        m_lib = makeLibrary(QString());
+        m_lib->beginSignIn();
+        QCOMPARE(m_lib->connectionError(),
+                 QStringLiteral("Set up your Spotify app first (Settings → Spotify)."));
+        QVERIFY(!m_lib->connecting());
+        QVERIFY(m_opened.isEmpty());
+    }
+
+    void unreadableSignInFileMeansSignedOut_data() {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("not json") << QByteArray("{{{");
+        QTest::newRow("token not a string")
+            << QByteArray(R"({"0123456789abcdef0123456789abcdef":5})");
+        QTest::newRow("empty token") << QByteArray(R"({"0123456789abcdef0123456789abcdef":""})");
+        QTest::newRow("other client only")
+            << QByteArray(R"({"ffffffffffffffffffffffffffffffff":"r"})");
+    }
+    void unreadableSignInFileMeansSignedOut() {
+        QFETCH(QByteArray, content);
+        QVERIFY(writePrivateFile(SpotifyLibrary::signInFilePath(), content));
+        m_lib = makeLibrary();
+        QVERIFY(!m_lib->connected());
+    }
+
+    // --- sign-in ---
+
+    void signInThroughTheBrowserConnectsAndSurvivesARestart() {
+        m_lib = makeLibrary();
+        m_lib->beginSignIn();
+        QVERIFY(m_lib->connecting());
+        QCOMPARE(m_opened.size(), 1);
+
+        const QUrl url = m_opened.first();
+        const auto items = QUrlQuery(url).queryItems(QUrl::FullyDecoded);
+        QStringList names;
+        for (const auto& item : items)
+            names.append(item.first);
+        QCOMPARE(names, QStringList({"client_id", "response_type", "redirect_uri",
+                                     "code_challenge_method", "code_challenge", "state", "scope"}));
+        QCOMPARE(items[0].second, kClient);
+        QCOMPARE(items[1].second, QStringLiteral("code"));
+        QCOMPARE(items[2].second, QStringLiteral("http://127.0.0.1:43821/callback"));
+        QCOMPARE(items[3].second, QStringLiteral("S256"));
+        QCOMPARE(items[4].second.size(), 43);
+        QCOMPARE(items[5].second.size(), 43);
+        QCOMPARE(items[6].second, SpotifyLibrary::scopes);
+
+        Browser browser;
+        browser.open(url);
+        QVERIFY(QTest::qWaitFor([&] { return browser.done; }, 5000));
+        QCOMPARE(browser.status, 200);
+        QCOMPARE(
+            browser.page,
+            QByteArray("Return to MIRL PRO to finish connecting Spotify. You can close this tab."));
+        QTRY_VERIFY(m_lib->connected());
+        QVERIFY(!m_lib->connecting());
+        QVERIFY(!m_lib->connectionError());
+        QVERIFY(portIsFree());
+
+        // The fake accounts service only answers the exchange when the verifier fits the challenge.
+        const auto token = m_server->requests.last();
+        QCOMPARE(token.path, QStringLiteral("/api/token"));
+        QCOMPARE(token.headers.value("content-type"),
+                 QByteArray("application/x-www-form-urlencoded"));
+        const QUrlQuery form = token.form();
+        QCOMPARE(form.queryItemValue("grant_type"), QStringLiteral("authorization_code"));
+        QCOMPARE(form.queryItemValue("code"), m_server->code);
+        QCOMPARE(form.queryItemValue("redirect_uri", QUrl::FullyDecoded),
+                 QStringLiteral("http://127.0.0.1:43821/callback"));
+        QCOMPARE(form.queryItemValue("client_id"), kClient);
+        QVERIFY(m_lib->hasPlaybackScopes());
+        QVERIFY(m_lib->grantedScopes()->contains("user-library-modify"));
+
+        const QString path = SpotifyLibrary::signInFilePath();
+        QCOMPARE(modeOf(path), 0600);
+        QCOMPARE(modeOf(QFileInfo(path).absolutePath()), 0700);
+        QCOMPARE(QJsonDocument::fromJson(readFile(path).value()).object(),
+                 QJsonObject({{kClient, "refresh-1"}}));
+
+        // A restart is connected from the file alone, with the scopes unknown until a refresh.
+        m_lib.reset();
+        auto restarted = makeLibrary();
+        QVERIFY(restarted->connected());
+        QVERIFY(!restarted->grantedScopes());
+        QVERIFY(restarted->hasPlaybackScopes());
+        QCOMPARE(m_server->requests.size(), 2);
+    }
+
+    void strayRequestsDuringTheFlowAreTurnedAway_data() {
+        QTest::addColumn<QByteArray>("request");
+        QTest::addColumn<QByteArray>("status"); // empty: closed without an answer
+        QTest::newRow("wrong state")
+            << callbackRequest("code=x&state=wrong") << QByteArray("HTTP/1.1 400 Bad Request");
+        QTest::newRow("other path") << QByteArray("GET /favicon.ico HTTP/1.1\r\n\r\n")
+                                    << QByteArray("HTTP/1.1 400 Bad Request");
+        QTest::newRow("no state") << callbackRequest("code=x")
+                                  << QByteArray("HTTP/1.1 400 Bad Request");
+        QTest::newRow("not a GET")
+            << QByteArray("POST /callback?code=x&state=STATE HTTP/1.1\r\n\r\n")
+            << QByteArray("HTTP/1.1 400 Bad Request");
+        QTest::newRow("no target")
+            << QByteArray("GET\r\n\r\n") << QByteArray("HTTP/1.1 400 Bad Request");
+        QTest::newRow("garbage") << QByteArray("\x01\x02\xff\xfe\r\n\r\n")
+                                 << QByteArray("HTTP/1.1 400 Bad Request");
+        QTest::newRow("16385 bytes without header end") << QByteArray(16385, 'G') << QByteArray();
+        QTest::newRow("slow client holding the socket")
+            << QByteArray("GET /callback?state=") << QByteArray();
+    }
+    void strayRequestsDuringTheFlowAreTurnedAway() {
+        QFETCH(QByteArray, request);
+        QFETCH(QByteArray, status);
+        m_lib = makeLibrary();
+        m_lib->beginSignIn();
+        request.replace("STATE", oauthState().toUtf8());
+
+        RawClient client;
+        client.send(request);
+        QVERIFY(client.waitClosed());
+        QCOMPARE(client.statusLine(), status);
+        QVERIFY(m_lib->connecting());
+        QVERIFY(!m_lib->connectionError());
+
+        // The flow goes on: the real callback still signs in.
+        Browser browser;
+        browser.open(m_opened.last());
+        QTRY_VERIFY(m_lib->connected());
+        QCOMPARE(browser.status, 200);
+    }
+
+    void thousandRandomRequestsThenAValidSignIn() {
+        m_lib = makeLibrary();
+        m_lib->beginSignIn();
+        QRandomGenerator random(20261121);
+        int answered = 0;
+        for (int batch = 0; batch < 20; ++batch) {
+            std::vector<std::unique_ptr<RawClient>> clients;
+            for (int i = 0; i < 50; ++i) {
+                QByteArray bytes;
+                switch (random.bounded(4)) {
+                case 0: // random bytes, sometimes with a header end
+                    for (int n = random.bounded(300); n > 0; --n)
+                        bytes += char(random.bounded(256));
+                    if (random.bounded(2))
+                        bytes += "\r\n\r\n";
+                    break;
+                case 1:
+                    bytes = callbackRequest("code=evil&state=" +
+                                            QString::number(random.generate64(), 36));
+                    break;
+                case 2:
+                    bytes =
+                        "GET /" + QByteArray::number(random.generate(), 16) + " HTTP/1.1\r\n\r\n";
+                    break;
+                default:
+                    bytes = "GET /callback?state=" + oauthState().toUtf8().left(random.bounded(43));
+                    break;
+                }
+                auto client = std::make_unique<RawClient>();
+                client->send(bytes);
+                // Half-finished requests end here; the answer can still come back.
+                ::shutdown(int(client->socket->socketDescriptor()), SHUT_WR);
+                clients.push_back(std::move(client));
+            }
+            for (auto& client : clients) {
+                QVERIFY(client->waitClosed());
+                if (!client->received.isEmpty()) {
+                    QCOMPARE(client->statusLine(), QByteArray("HTTP/1.1 400 Bad Request"));
+                    ++answered;
+                }
+            }
+            QVERIFY(m_lib->connecting());
+        }
+        QVERIFY(answered > 0);
+        Browser browser;
+        browser.open(m_opened.last());
+        QTRY_VERIFY(m_lib->connected());
+    }
+
+    void refusalInTheBrowserEndsTheFlowWithItsMessage() {
+        m_lib = makeLibrary();
+        m_lib->beginSignIn();
+        RawClient client;
+        client.send(callbackRequest("error=access_denied&state=" + oauthState()));
+        QVERIFY(client.waitClosed());
+        QCOMPARE(client.statusLine(), QByteArray("HTTP/1.1 200 OK"));
+        QCOMPARE(m_lib->connectionError(),
+                 QStringLiteral("Spotify sign-in was cancelled. You can try again."));
+        QVERIFY(!m_lib->connecting());
+        QVERIFY(!m_lib->connected());
+        QVERIFY(m_server->requests.isEmpty());
+        QVERIFY(portIsFree());
+    }
+
+    void signInTimesOutAndFreesThePort() {
+        m_lib = makeLibrary();
+        SpotifyTimings timings;
+        timings.signInTimeoutMs = 300;
+        timings.connectionKillMs = 3000;
+        m_lib->setTimings(timings);
+        m_lib->beginSignIn();
+        const QString state = oauthState();
+        RawClient late; // the consent page was opened before the time-out
+        QTRY_VERIFY(!m_lib->connecting());
+        QCOMPARE(m_lib->connectionError(),
+                 QStringLiteral("Sign-in timed out. Try connecting again."));
+        QVERIFY(portIsFree());
+        late.send(callbackRequest("code=x&state=" + state));
+        QVERIFY(late.waitClosed());
+        QCOMPARE(late.statusLine(), QByteArray("HTTP/1.1 400 Bad Request"));
+        QVERIFY(!m_lib->connected());
+    }
+
+    void busyPortIsReported() {
+        QTcpServer squatter;
+        QVERIFY(squatter.listen(QHostAddress::LocalHost, SpotifyLibrary::callbackPort));
+        m_lib = makeLibrary();
+        m_lib->beginSignIn();
+        QCOMPARE(m_lib->connectionError(),
+                 QStringLiteral("Could not start Spotify sign-in. Port 43821 may be in use."));
+        QVERIFY(!m_lib->connecting());
+        QVERIFY(m_opened.isEmpty());
+    }
+
+    void newSignInForgetsTheOldOne() {
+        signedIn();
+        m_lib->beginSignIn();
+        QVERIFY(!m_lib->connected());
+        QVERIFY(!QFile::exists(SpotifyLibrary::signInFilePath()));
+        m_lib->endSignInFlow(); // Cancel
+        QVERIFY(!m_lib->connecting());
+        QVERIFY(portIsFree());
+    }
+
+    void failedExchangeShowsItsError() {
+        m_lib = makeLibrary();
+        m_lib->beginSignIn();
+        m_server->code = QStringLiteral("another-code"); // the exchange will not match
+        RawClient client;
+        client.send(callbackRequest("code=auth-code-1&state=" + oauthState()));
+        QTRY_VERIFY(!m_lib->connecting());
+        QCOMPARE(m_lib->connectionError(),
+                 QStringLiteral("Spotify could not connect to MIRL PRO. Please try again. If this "
+                                "continues, contact MIRL PRO support."));
+        QVERIFY(!m_lib->connected());
+    }
+
+    // --- token answers ---
+
+    void tokenAnswerRules_data() {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("error");
+        QTest::addColumn<double>("expiresAfter");
+        QTest::addColumn<QString>("storedToken");
+        const QString refused = "Spotify could not connect to MIRL PRO. Please try again. If this "
+                                "continues, contact MIRL PRO support.";
+        QTest::newRow("no expires_in")
+            << QByteArray(R"({"access_token":"a","refresh_token":"new"})") << 200 << "" << 3540.0
+            << "new";
+        QTest::newRow("expires_in 1000") << QByteArray(R"({"access_token":"a","expires_in":1000})")
+                                         << 200 << "" << 940.0 << "refresh-0";
+        QTest::newRow("expires_in not a number")
+            << QByteArray(R"({"access_token":"a","expires_in":"1000"})") << 200 << "" << 3540.0
+            << "refresh-0";
+        QTest::newRow("status 500")
+            << QByteArray(R"({"access_token":"a"})") << 500 << refused << 0.0 << "refresh-0";
+        QTest::newRow("not an object")
+            << QByteArray(R"(["access_token"])") << 200 << refused << 0.0 << "refresh-0";
+        QTest::newRow("no access token")
+            << QByteArray(R"({"refresh_token":"new"})") << 200 << refused << 0.0 << "refresh-0";
+    }
+    void tokenAnswerRules() {
+        QFETCH(QByteArray, answer);
+        QFETCH(int, status);
+        QFETCH(QString, error);
+        QFETCH(double, expiresAfter);
+        QFETCH(QString, storedToken);
+        signedIn();
+        m_server->tokenAnswer = answer;
+        m_server->tokenStatus = status;
+        const double before = m_clock->wallNow();
+        QCOMPARE(run(m_lib->requestToken(
+                     {{"grant_type", "refresh_token"}, {"refresh_token", "refresh-0"}},
+                     m_lib->generation())),
+                 error);
+        QCOMPARE(m_lib->hasAccessToken(), error.isEmpty());
+        if (error.isEmpty())
+            QCOMPARE(m_lib->expiry(), before + expiresAfter);
+        QCOMPARE(QJsonDocument::fromJson(readFile(SpotifyLibrary::signInFilePath()).value())
+                     .object()
+                     .value(kClient)
+                     .toString(),
+                 storedToken);
+        QVERIFY(m_lib->connected()); // a failed refresh does not sign out
+    }
+
+    void unparsableTokenAnswerRaisesTheParserError() {
+        signedIn();
+        m_server->tokenAnswer = "{\"access_token\":";
+        auto out = start(m_lib->requestToken(
+            {{"grant_type", "refresh_token"}, {"refresh_token", "r"}}, m_lib->generation()));
+        QVERIFY(finished(out));
+        QVERIFY(out->isSystemError());
+    }
+
+    void tokenThatCannotBeSavedLeavesNoHalfSession() {
+        signedIn();
+        // A folder where the file should be: the write cannot succeed.
+        QFile::remove(SpotifyLibrary::signInFilePath());
+        QVERIFY(QDir().mkpath(SpotifyLibrary::signInFilePath()));
+        QCOMPARE(run(m_lib->requestToken({{"grant_type", "refresh_token"}, {"refresh_token", "r"}},
+                                         m_lib->generation())),
+                 QStringLiteral("MIRL PRO could not save your connection. Please try again."));
+        QVERIFY(!m_lib->hasAccessToken());
+        QVERIFY(QDir().rmdir(SpotifyLibrary::signInFilePath()));
+    }
+
+    void scopesOfTheAnswerDecidePlaybackAndLikes() {
+        signedIn();
+        m_server->tokenAnswer =
+            R"({"access_token":"a","scope":"  user-library-read   user-read-playback-state "})";
+        QCOMPARE(run(m_lib->requestToken({{"grant_type", "refresh_token"}, {"refresh_token", "r"}},
+                                         m_lib->generation())),
+                 QString());
+        QCOMPARE(m_lib->grantedScopeList(),
+                 QStringList({"user-library-read", "user-read-playback-state"}));
+        QVERIFY(!m_lib->hasPlaybackScopes());
+        const int before = m_server->apiRequestCount();
+        QCOMPARE(run(m_lib->setSaved({"spotify:track:a"}, true)),
+                 QStringLiteral("To like songs from MIRL PRO, reconnect Spotify once (Settings → "
+                                "Spotify) so MIRL PRO may update your Liked Songs."));
+        QCOMPARE(m_server->apiRequestCount(), before);
+        // An answer without scopes keeps the known ones.
+        m_server->tokenAnswer = R"({"access_token":"b"})";
+        QCOMPARE(run(m_lib->requestToken({{"grant_type", "refresh_token"}, {"refresh_token", "r"}},
+                                         m_lib->generation())),
+                 QString());
+        QCOMPARE(m_lib->grantedScopeList().size(), 2);
+    }
+
+    // --- the request path ---
+
+    void statusesMapToTheirWords_data() {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("forbidden");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("200") << 200 << ""
+                             << "";
+        QTest::newRow("204") << 204 << ""
+                             << "";
+        QTest::newRow("403")
+            << 403 << ""
+            << "Spotify refused this. If it keeps happening, open your app at the "
+               "Spotify Developer Dashboard → User Management and add the email of "
+               "your Spotify account. Spotify Premium is required for your own app.";
+        QTest::newRow("403 with the caller's words") << 403 << "Not allowed."
+                                                     << "Not allowed.";
+        QTest::newRow("401") << 401 << ""
+                             << "Your Spotify session expired. Retry, or reconnect your account.";
+        QTest::newRow("404") << 404 << ""
+                             << "Spotify couldn’t load this content (404). Please try again.";
+        QTest::newRow("502") << 502 << ""
+                             << "Spotify couldn’t load this content (502). Please try again.";
+    }
+    void statusesMapToTheirWords() {
+        QFETCH(int, status);
+        QFETCH(QString, forbidden);
+        QFETCH(QString, message);
+        signedIn();
+        m_server->route("GET /v1/me/player", {status, {}, {}, 0});
+        QCOMPARE(run(m_lib->request("me/player", "GET", std::nullopt,
+                                    forbidden.isEmpty() ? std::nullopt : std::optional(forbidden))),
+                 message);
+        const auto sent = m_server->apiRequests();
+        QCOMPARE(sent.size(), 1);
+        QCOMPARE(sent[0].headers.value("authorization"), QByteArray("Bearer access-1"));
+        QCOMPARE(m_server->refreshCount, 1);
+        QCOMPARE(m_lib->hasAccessToken(), status != 401);
+        QVERIFY(m_lib->connected());
+    }
+
+    void expiredSessionRefreshesOnTheNextRequestOnly() {
+        signedIn();
+        m_server->route("GET /v1/me", {401, {}, {}, 0});
+        m_server->routeFixture("GET /v1/me", "me.json");
+        QVERIFY(!run(m_lib->getJSON("me")).isEmpty());
+        QCOMPARE(m_server->refreshCount, 1);
+        QCOMPARE(m_server->apiRequestCount(), 1); // no automatic second attempt
+        QCOMPARE(run(m_lib->getJSON("me")), QString());
+        QCOMPARE(m_server->refreshCount, 2);
+        QCOMPARE(m_server->apiRequests().last().headers.value("authorization"),
+                 QByteArray("Bearer access-2"));
+    }
+
+    void writesWithoutBodySendAnExplicitlyEmptyOne() {
+        signedIn();
+        m_server->route("PUT /v1/me/player/play", {204, {}, {}, 0});
+        m_server->route("POST /v1/me/player/queue", {200, {}, {}, 0});
+        QCOMPARE(run(m_lib->request("me/player/play?device_id=d1", "PUT")), QString());
+        QCOMPARE(
+            run(m_lib->request("me/player/queue?uri=spotify%3Atrack%3Ax&device_id=d1", "POST")),
+            QString());
+        const auto sent = m_server->apiRequests();
+        QCOMPARE(sent[0].method, QByteArray("PUT"));
+        QCOMPARE(sent[0].headers.value("content-length"), QByteArray("0"));
+        QCOMPARE(sent[1].method, QByteArray("POST"));
+        QCOMPARE(sent[1].query.queryItemValue("uri", QUrl::FullyDecoded),
+                 QStringLiteral("spotify:track:x"));
+        // With a body: JSON and its type.
+        m_server->route("PUT /v1/me/player/play", {204, {}, {}, 0});
+        QCOMPARE(run(m_lib->request("me/player/play", "PUT",
+                                    QJsonObject{{"uris", QJsonArray{"spotify:track:x"}}})),
+                 QString());
+        QCOMPARE(m_server->apiRequests().last().headers.value("content-type"),
+                 QByteArray("application/json"));
+        QCOMPARE(QJsonDocument::fromJson(m_server->apiRequests().last().body)
+                     .object()
+                     .value("uris")
+                     .toArray()
+                     .first()
+                     .toString(),
+                 QStringLiteral("spotify:track:x"));
+    }
+
+    void addressesOutsideTheWebAPINeverSeeTheToken_data() {
+        QTest::addColumn<QString>("address");
+        QTest::newRow("other host") << "https://evil.example/v1/me";
+        QTest::newRow("other scheme") << "https://127.0.0.1:PORT/v1/me";
+        QTest::newRow("other port") << "http://127.0.0.1:1/v1/me";
+        QTest::newRow("outside v1") << "http://127.0.0.1:PORT/v2/me";
+        QTest::newRow("with user info") << "http://user@127.0.0.1:PORT/v1/me";
+        QTest::newRow("host by another name") << "http://localhost:PORT/v1/me";
+    }
+    void addressesOutsideTheWebAPINeverSeeTheToken() {
+        QFETCH(QString, address);
+        signedIn();
+        address.replace("PORT", QString::number(m_server->base().port()));
+        QCOMPARE(run(m_lib->getJSON(address)), QStringLiteral("Invalid Spotify library address."));
+        QCOMPARE(m_server->apiRequestCount(), 0);
+        QCOMPARE(m_server->connections, 1); // the token refresh, nothing else
+    }
+
+    void nextLinkOfTheWebAPIIsFollowed() {
+        signedIn();
+        m_server->routeFixture("GET /v1/me/tracks", "saved_tracks.json");
+        const QString next = m_server->apiBase().toString() + "me/tracks?offset=30&limit=30";
+        auto out = start(m_lib->getJSON(next, true));
+        QVERIFY(finished(out));
+        QCOMPARE(out->message(), QString());
+        QCOMPARE(out->value->value("total").toInt(), 1204);
+        QCOMPARE(m_server->apiRequests().last().query.queryItemValue("offset"),
+                 QStringLiteral("30"));
+    }
+
+    void rateLimitPausesAllRequests_data() {
+        QTest::addColumn<QByteArray>("retryAfter"); // "-" for no header
+        QTest::addColumn<double>("pause");
+        QTest::newRow("seconds") << QByteArray("120") << 120.0;
+        QTest::newRow("zero is one second") << QByteArray("0") << 1.0;
+        QTest::newRow("fraction") << QByteArray("2.5") << 2.5;
+        QTest::newRow("no header") << QByteArray("-") << 30.0;
+        QTest::newRow("a date") << QByteArray("Wed, 21 Oct 2026 07:28:00 GMT") << 30.0;
+        QTest::newRow("garbage") << QByteArray("soon") << 30.0;
+    }
+    void rateLimitPausesAllRequests() {
+        QFETCH(QByteArray, retryAfter);
+        QFETCH(double, pause);
+        signedIn();
+        FakeSpotifyServer::Reply limited{
+            429, R"({"error":{"status":429,"message":"API rate limit exceeded"}})", {}, 0};
+        if (retryAfter != "-")
+            limited.headers.append({"Retry-After", retryAfter});
+        m_server->route("GET /v1/me", limited);
+        const QString message = run(m_lib->getJSON("me"));
+        const double moment = m_prefs->doubleValue("spotifyRetryAfter." + kClient, 0);
+        QVERIFY(qAbs(moment - (m_clock->wallNow() + pause)) < 1e-6);
+        QCOMPARE(message, m_lib->rateLimitMessage());
+        QVERIFY(message.startsWith("Spotify has temporarily limited requests. Try again after "));
+        QVERIFY(message.endsWith(". MIRL will pause requests until then."));
+        QCOMPARE(m_log.size(), 1);
+        QVERIFY(m_log[0].startsWith("Spotify API rate limited; requests paused until "));
+
+        // While the pause lasts nothing is sent, not even a refresh.
+        QCOMPARE(run(m_lib->getJSON("me")), m_lib->rateLimitMessage());
+        QCOMPARE(m_server->apiRequestCount(), 1);
+        m_clock->advance(pause + 0.01);
+        m_server->clearRoute("GET /v1/me");
+        m_server->routeFixture("GET /v1/me", "me.json");
+        QCOMPARE(run(m_lib->getJSON("me")), QString());
+    }
+
+    void quotaExceededIsHandledLikeAnyRateLimit() {
+        signedIn();
+        m_server->route("GET /v1/me", {429,
+                                       R"({"error":{"status":429,"message":"QUOTA_EXCEEDED"}})",
+                                       {{"Retry-After", "86400"}},
+                                       0});
+        const QString message = run(m_lib->getJSON("me"));
+        QCOMPARE(message, m_lib->rateLimitMessage());
+        QVERIFY(m_lib->pauseMoment() >= m_clock->wallNow() + 86400 - 1e-6);
+    }
+
+    void pauseNeverGetsShorterAndSurvivesARestart() {
+        signedIn();
+        m_server->route("GET /v1/me", {429, {}, {{"Retry-After", "120"}}, 0});
+        m_server->route("GET /v1/me", {429, {}, {{"Retry-After", "5"}}, 0});
+        auto first = start(m_lib->getJSON("me"));
+        auto second = start(m_lib->getJSON("me"));
+        QVERIFY(finished(first) && finished(second));
+        QCOMPARE(m_server->apiRequestCount(), 2);
+        const double moment = m_lib->pauseMoment();
+        QVERIFY(moment >= m_clock->wallNow() + 119.0);
+
+        // Quitting is no way around the pause.
+        m_lib.reset();
+        m_lib = makeLibrary();
+        const int requests = int(m_server->requests.size());
+        QCOMPARE(run(m_lib->getJSON("me")), m_lib->rateLimitMessage());
+        QCOMPARE(m_server->requests.size(), requests);
+        QCOMPARE(m_lib->pauseMoment(), moment);
+    }
+
+    void tenRequestsWithAnExpiredTokenShareOneRefresh() {
+        signedIn();
+        m_server->routeFixture("GET /v1/me/player/devices", "devices.json");
+        QCOMPARE(run(m_lib->getJSON("me/player/devices")), QString());
+        QCOMPARE(m_server->refreshCount, 1);
+        m_clock->advance(3600.0); // the token has expired
+        m_server->requests.clear();
+        m_server->tokenDelayMs = 100;
+        QList<std::shared_ptr<Outcome<QJsonObject>>> outs;
+        for (int i = 0; i < 10; ++i)
+            outs.append(start(m_lib->getJSON("me/player/devices")));
+        for (auto& out : outs) {
+            QVERIFY(finished(out));
+            QCOMPARE(out->message(), QString());
+        }
+        QCOMPARE(m_server->refreshCount, 2);
+        QCOMPARE(m_server->apiRequestCount(), 10);
+        for (const auto& sent : m_server->apiRequests())
+            QCOMPARE(sent.headers.value("authorization"), QByteArray("Bearer access-2"));
+        // The booked slots kept their distance (the first request's slot has aged out).
+        QCOMPARE(m_lib->budget().booked.size(), size_t(10));
+        QVERIFY(m_lib->budget().booked.back() - m_lib->budget().booked.front() >= 9 * 0.25 - 1e-9);
+    }
+
+    void failedRefreshReachesEveryWaiterAndIsForgotten() {
+        signedIn();
+        m_server->tokenStatus = 400;
+        m_server->tokenDelayMs = 50;
+        auto a = start(m_lib->getJSON("me"));
+        auto b = start(m_lib->getJSON("me"));
+        QVERIFY(finished(a) && finished(b));
+        const QString refused = "Spotify could not connect to MIRL PRO. Please try again. If this "
+                                "continues, contact MIRL PRO support.";
+        QCOMPARE(a->message(), refused);
+        QCOMPARE(b->message(), refused);
+        QCOMPARE(m_server->refreshCount, 1);
+        QVERIFY(m_lib->connected());
+        m_server->tokenStatus = 200;
+        m_server->routeFixture("GET /v1/me", "me.json");
+        QCOMPARE(run(m_lib->getJSON("me")), QString());
+        QCOMPARE(m_server->refreshCount, 2);
+    }
+
+    void signOutWhileWaitingForASlotCancelsWithoutTraffic() {
+        signedIn();
+        m_server->routeFixture("GET /v1/me", "me.json");
+        QCOMPARE(run(m_lib->getJSON("me")), QString()); // holds a token now
+        m_lib->setSleeper({});                          // wait for real, as the program does
+        for (int i = 0; i < 30; ++i)
+            m_lib->budget().reserve(m_clock->wallNow(), false);
+        const int requests = int(m_server->requests.size());
+        auto waiting = start(m_lib->getJSON("me"));
+        QTest::qWait(50);
+        QVERIFY(!waiting->done);
+        m_lib->disconnectAccount();
+        QVERIFY(finished(waiting, 1000));
+        QCOMPARE(waiting->message(), QStringLiteral("cancelled"));
+        QCOMPARE(m_server->requests.size(), requests);
+        QVERIFY(!QFile::exists(SpotifyLibrary::signInFilePath()));
+        QVERIFY(!m_lib->connected());
+    }
+
+    void signOutDuringARefreshCancels() {
+        signedIn();
+        m_server->tokenDelayMs = 300;
+        auto waiting = start(m_lib->getJSON("me"));
+        QTRY_COMPARE(m_server->refreshCount, 1);
+        m_lib->resetSession();
+        QVERIFY(finished(waiting));
+        QCOMPARE(waiting->message(), QStringLiteral("cancelled"));
+        QVERIFY(!m_lib->hasAccessToken());
+        QCOMPARE(m_server->apiRequestCount(), 0);
+    }
+
+    void slowAnswerEndsAsATransportError() {
+        signedIn();
+        SpotifyTimings timings;
+        timings.requestTimeoutMs = 200;
+        m_lib->setTimings(timings);
+        m_server->route("GET /v1/me", {200, "{}", {}, 1500});
+        auto out = start(m_lib->getJSON("me"));
+        QVERIFY(finished(out));
+        QVERIFY(out->isSystemError());
+    }
+
+    void jsonAnswers_data() {
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<int>("keys"); // -1: a parser error
+        QTest::newRow("object") << QByteArray(R"({"a":1,"b":2})") << 2;
+        QTest::newRow("empty body") << QByteArray() << 0;
+        QTest::newRow("array") << QByteArray("[1,2]") << 0;
+        QTest::newRow("broken") << QByteArray("{\"a\":") << -1;
+    }
+    void jsonAnswers() {
+        QFETCH(QByteArray, body);
+        QFETCH(int, keys);
+        signedIn();
+        m_server->route("GET /v1/me", {200, body, {}, 0});
+        auto out = start(m_lib->getJSON("me"));
+        QVERIFY(finished(out));
+        if (keys < 0) {
+            QVERIFY(out->isSystemError());
+        } else {
+            QCOMPARE(out->message(), QString());
+            QCOMPARE(out->value->size(), keys);
+        }
+    }
+
+    // --- likes ---
+
+    void savedStateIsAskedInBatchesOfForty() {
+        signedIn();
+        QStringList uris;
+        for (int i = 0; i < 85; ++i)
+            uris.append(QStringLiteral("spotify:track:t%1").arg(i));
+        QJsonArray forty;
+        for (int i = 0; i < 40; ++i)
+            forty.append(i % 2 == 0);
+        m_server->routeJSON("GET /v1/me/library/contains", QJsonDocument(forty).toJson());
+        m_server->routeJSON("GET /v1/me/library/contains",
+                            "[true, true]"); // shorter than its batch
+        m_server->routeJSON("GET /v1/me/library/contains", R"({"not":"a list"})");
+        auto out = start(m_lib->areSaved(uris));
+        QVERIFY(finished(out));
+        QCOMPARE(out->message(), QString());
+        const auto sent = m_server->apiRequests();
+        QCOMPARE(sent.size(), 3);
+        QCOMPARE(sent[0].query.queryItemValue("uris", QUrl::FullyDecoded),
+                 uris.mid(0, 40).join(','));
+        QCOMPARE(sent[2].query.queryItemValue("uris", QUrl::FullyDecoded), uris.mid(80).join(','));
+        QVERIFY(sent[0].target.contains("spotify%3Atrack%3At0%2Cspotify%3Atrack%3At1"));
+        QCOMPARE(out->value->size(), 42);
+        QCOMPARE(out->value->value("spotify:track:t0"), true);
+        QCOMPARE(out->value->value("spotify:track:t1"), false);
+        QCOMPARE(out->value->value("spotify:track:t41"), true);
+        QVERIFY(!out->value->contains("spotify:track:t42"));
+
+        const int before = m_server->apiRequestCount();
+        auto none = start(m_lib->areSaved({}));
+        QVERIFY(finished(none));
+        QVERIFY(none->value->isEmpty());
+        QCOMPARE(m_server->apiRequestCount(), before);
+    }
+
+    void likingSendsBatchesAndStopsAtTheFirstFailure() {
+        signedIn(); // scopes unknown after a restart: likes are tried
+        QStringList uris;
+        for (int i = 0; i < 100; ++i)
+            uris.append(QStringLiteral("spotify:track:t%1").arg(i));
+        m_server->route("PUT /v1/me/library", {200, {}, {}, 0});
+        m_server->route("PUT /v1/me/library", {403, {}, {}, 0});
+        QCOMPARE(run(m_lib->setSaved(uris, true)),
+                 QStringLiteral("To like songs from MIRL PRO, reconnect Spotify once (Settings → "
+                                "Spotify) so MIRL PRO may update your Liked Songs."));
+        QCOMPARE(m_server->apiRequestCount(), 2);
+        m_server->route("DELETE /v1/me/library", {200, {}, {}, 0});
+        QCOMPARE(run(m_lib->setSaved(uris.mid(0, 3), false)), QString());
+        QCOMPARE(m_server->apiRequests().last().method, QByteArray("DELETE"));
+        QCOMPARE(m_server->apiRequests().last().query.queryItemValue("uris", QUrl::FullyDecoded),
+                 uris.mid(0, 3).join(','));
+    }
+
+    void likedSongsContextNamesTheUser() {
+        signedIn();
+        m_server->route("GET /v1/me", {500, {}, {}, 0});
+        auto failed = start(m_lib->userCollectionURI());
+        QVERIFY(finished(failed));
+        QCOMPARE(failed->message(), QString());
+        QVERIFY(!failed->value->has_value());
+
+        m_server->clearRoute("GET /v1/me");
+        m_server->routeFixture("GET /v1/me", "me.json");
+        auto out = start(m_lib->userCollectionURI());
+        QVERIFY(finished(out));
+        QCOMPARE(out->value->value_or(QString()), QStringLiteral("spotify:user:ann.k:collection"));
+        const int before = m_server->apiRequestCount();
+        auto again = start(m_lib->userCollectionURI());
+        QVERIFY(finished(again));
+        QCOMPARE(m_server->apiRequestCount(), before); // the user id is remembered
+    }
+
+    // --- devices ---
+
+    void thisComputerIsFound_data() {
+        QTest::addColumn<QString>("machine");
+        QTest::addColumn<QString>("playing"); // empty: nothing playing
+        QTest::addColumn<QString>("devices");
+        QTest::addColumn<QString>("expected"); // empty: none
+        QTest::addColumn<QString>("logLine");
+        QTest::newRow("by name, typographic apostrophe")
+            << " ann's thinkpad "
+            << ""
+            << "devices.json"
+            << "5fbb3ba6aa454b5534c4ba43a8c7e8e45a63ad0e"
+            << "Spotify Connect: this Mac is “Ann’s ThinkPad” (matched by name)";
+        QTest::newRow("by the playing song before the name")
+            << "Ann's ThinkPad"
+            << "spotify:track:6rqhFgbbKwnb9MLmUQDhG6"
+            << "devices.json"
+            << "a1b2c3d4e5f60718293a4b5c6d7e8f9012345678"
+            << "Spotify Connect: this Mac is “Office Desktop” (matched by the playing song)";
+        QTest::newRow("another song plays: by name")
+            << "Ann's ThinkPad"
+            << "spotify:track:other"
+            << "devices.json"
+            << "5fbb3ba6aa454b5534c4ba43a8c7e8e45a63ad0e"
+            << "Spotify Connect: this Mac is “Ann’s ThinkPad” (matched by name)";
+        QTest::newRow("unknown name, nothing playing")
+            << "zed"
+            << ""
+            << "devices.json"
+            << ""
+            << "Spotify Connect: couldn't tell which device is this Mac. Devices: Ann’s ThinkPad "
+               "(Computer), Office Desktop (Computer, active), Pixel 8 (Smartphone); this Mac: zed";
+        QTest::newRow("the only computer")
+            << "zed"
+            << ""
+            << R"({"devices":[{"id":"c1","name":"Den","type":"computer"},{"id":"p","type":"Smartphone"}]})"
+            << "c1"
+            << "Spotify Connect: using the only computer, “Den”";
+        QTest::newRow("restricted computer never chosen")
+            << "Den"
+            << ""
+            << R"({"devices":[{"id":"c1","name":"Den","type":"Computer","is_restricted":true}]})"
+            << ""
+            << "Spotify Connect: couldn't tell which device is this Mac. Devices: Den (Computer); "
+               "this Mac: Den";
+        QTest::newRow("no devices")
+            << ""
+            << ""
+            << R"({"devices":"none"})"
+            << ""
+            << "Spotify Connect: couldn't tell which device is this Mac. Devices: ; this Mac: ?";
+    }
+    void thisComputerIsFound() {
+        QFETCH(QString, machine);
+        QFETCH(QString, playing);
+        QFETCH(QString, devices);
+        QFETCH(QString, expected);
+        QFETCH(QString, logLine);
+        signedIn();
+        m_lib->setMachineName(machine);
+        if (devices.endsWith(".json"))
+            m_server->routeFixture("GET /v1/me/player/devices", devices);
+        else
+            m_server->routeJSON("GET /v1/me/player/devices", devices.toUtf8());
+        m_server->routeFixture("GET /v1/me/player", "player.json");
+        auto out =
+            start(m_lib->resolveThisMac(playing.isEmpty() ? std::nullopt : std::optional(playing)));
+        QVERIFY(finished(out));
+        QCOMPARE(out->message(), QString());
+        QCOMPARE(out->value->value_or(QString()), expected);
+        QCOMPARE(m_log, QStringList{logLine});
+    }
+
+    void playerLookupFailureFallsBackToTheName() {
+        signedIn();
+        m_lib->setMachineName("Ann’s ThinkPad");
+        m_server->routeFixture("GET /v1/me/player/devices", "devices.json");
+        m_server->route("GET /v1/me/player", {503, {}, {}, 0});
+        auto out =
+            start(m_lib->resolveThisMac(QStringLiteral("spotify:track:6rqhFgbbKwnb9MLmUQDhG6")));
+        QVERIFY(finished(out));
+        QCOMPARE(out->value->value_or(QString()),
+                 QStringLiteral("5fbb3ba6aa454b5534c4ba43a8c7e8e45a63ad0e"));
+    }
+
+    void deviceListIsCachedForThirtySeconds() {
+        signedIn();
+        m_lib->setMachineName("Office Desktop");
+        m_server->routeFixture("GET /v1/me/player/devices", "devices.json");
+        auto first = start(m_lib->resolveThisMac(std::nullopt));
+        QVERIFY(finished(first));
+        QCOMPARE(first->value->value_or(QString()),
+                 QStringLiteral("a1b2c3d4e5f60718293a4b5c6d7e8f9012345678"));
+        QCOMPARE(m_server->apiRequestCount(), 1);
+        m_clock->advance(29.0);
+        auto second = start(m_lib->resolveThisMac(std::nullopt));
+        QVERIFY(finished(second));
+        QCOMPARE(m_server->apiRequestCount(), 1);
+        QCOMPARE(second->value->value_or(QString()), first->value->value_or(QString()));
+
+        // Later the remembered device is gone from the list: resolved afresh.
+        m_clock->advance(1.5);
+        m_server->clearRoute("GET /v1/me/player/devices");
+        m_server->routeJSON(
+            "GET /v1/me/player/devices",
+            R"({"devices":[{"id":"new","name":"Office Desktop","type":"Computer"}]})");
+        auto third = start(m_lib->resolveThisMac(std::nullopt));
+        QVERIFY(finished(third));
+        QCOMPARE(m_server->apiRequestCount(), 2);
+        QCOMPARE(third->value->value_or(QString()), QStringLiteral("new"));
+        QCOMPARE(m_lib->thisMacDeviceID().value_or(QString()), QStringLiteral("new"));
+
+        m_lib->resetSession();
+        QVERIFY(!m_lib->thisMacDeviceID());
+    }
+
+    void deviceListFailureReachesTheCaller() {
+        signedIn();
+        m_server->route("GET /v1/me/player/devices", {500, {}, {}, 0});
+        QCOMPARE(run(m_lib->resolveThisMac(std::nullopt)),
+                 QStringLiteral("Spotify couldn’t load this content (500). Please try again."));
+    }
+};
+
+QTEST_GUILESS_MAIN(tst_SpotifyLibrary)
+#include "tst_SpotifyLibrary.moc"
