@@ -198,12 +198,6 @@ private Q_SLOTS:
         QCOMPARE(layout.motionDampingFraction(), 0.82);
         QCOMPARE(layout.pillSize(), NotchLayout::visualizerPill);
     }
-
-    void positionIdentifiersOtherThanRightMeanNotch() {
-        QCOMPARE(pillPositionFromID(QStringLiteral("right")), PillPosition::right);
-        QCOMPARE(pillPositionFromID(QStringLiteral("Right")), PillPosition::notch);
-        QCOMPARE(pillPositionFromID(QString()), PillPosition::notch);
-    }
 };
 
 QTEST_GUILESS_MAIN(tst_NotchLayout)

@@ -29,6 +29,8 @@ class NotchPanelHost : public QObject {
     Q_PROPERTY(QRectF cardRect READ shape NOTIFY geometryChanged)
     Q_PROPERTY(QString artworkSource READ artworkSource NOTIFY artworkSourceChanged)
     Q_PROPERTY(MirlPlayer::NotchLayout* layout READ layout CONSTANT)
+    // The shape moves with the panel's springs already; the view adds no easing of its own.
+    Q_PROPERTY(bool animatesShape READ animatesShape CONSTANT)
 public:
     NotchPanelHost(PlayerState& player, NotchPanelController::Inputs inputs,
                    NotchPanelController::Outputs outputs, QObject* parent = nullptr);
@@ -45,6 +47,7 @@ public:
     bool expanded() const { return m_controller->layout()->expanded(); }
     QRectF shape() const;
     QString artworkSource() const { return m_artworkSource; }
+    bool animatesShape() const { return true; }
 
     Q_INVOKABLE static QString formatTime(double seconds);
 

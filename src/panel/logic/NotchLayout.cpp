@@ -14,10 +14,6 @@ QString stageName(Stage stage) {
     return {};
 }
 
-PillPosition pillPositionFromID(const QString& positionID) {
-    return positionID == QLatin1String("right") ? PillPosition::right : PillPosition::notch;
-}
-
 NotchLayout::NotchLayout(QObject* parent)
     : QObject(parent) {}
 

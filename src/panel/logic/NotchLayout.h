@@ -1,5 +1,6 @@
 #pragma once
 
+#include "look/Skin.h"
 #include "panel/logic/Spring.h"
 
 #include <QObject>
@@ -12,11 +13,6 @@ namespace MirlPlayer {
 // The stages of the panel, in order: stages are compared with less-than.
 enum class Stage { rest, peek, open };
 QString stageName(Stage stage);
-
-// Where the pill lives: under the notch, or at the right end of the top edge. Any stored value
-// other than "right" counts as `notch`.
-enum class PillPosition { notch, right };
-PillPosition pillPositionFromID(const QString& positionID);
 
 // The published geometry of the pill inside the fixed, screen-wide panel window. The controller
 // writes it; the views only read it. A stage change never moves the window: it moves these

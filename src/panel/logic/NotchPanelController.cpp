@@ -69,7 +69,7 @@ Context NotchPanelController::context(const ScreenDescription& screen) const {
     Context c;
     c.screen = screen;
     c.notchSize = m_layout.notchSize();
-    c.position = pillPositionFromID(m_inputs.positionID ? m_inputs.positionID() : QString());
+    c.position = pillPosition(m_inputs.positionID ? m_inputs.positionID() : QString());
     c.showVisualizer = m_inputs.showVisualizer ? m_inputs.showVisualizer() : true;
     c.libraryOpen = m_layout.libraryOpen();
     c.fullscreenActive = m_fullscreenActive;
@@ -440,7 +440,7 @@ void NotchPanelController::log(const QString& line) {
 void NotchPanelController::writeDebugLine() {
     if (!m_debugLog.enabled())
         return;
-    const QString pos = pillPositionFromID(m_inputs.positionID ? m_inputs.positionID()
+    const QString pos = pillPosition(m_inputs.positionID ? m_inputs.positionID()
                                                                : QString()) == PillPosition::right
                             ? QStringLiteral("right")
                             : QStringLiteral("notch");
