@@ -440,10 +440,10 @@ void NotchPanelController::log(const QString& line) {
 void NotchPanelController::writeDebugLine() {
     if (!m_debugLog.enabled())
         return;
-    const QString pos = pillPosition(m_inputs.positionID ? m_inputs.positionID()
-                                                               : QString()) == PillPosition::right
-                            ? QStringLiteral("right")
-                            : QStringLiteral("notch");
+    const QString pos =
+        pillPosition(m_inputs.positionID ? m_inputs.positionID() : QString()) == PillPosition::right
+            ? QStringLiteral("right")
+            : QStringLiteral("notch");
     m_debugLog.append(
         QLocale::system().toString(QDateTime::currentDateTime(), QLocale::ShortFormat) +
         QStringLiteral("  fs=") +
