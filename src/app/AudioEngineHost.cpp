@@ -19,8 +19,6 @@ AudioEngineHost::AudioEngineHost(PlayerBridge& bridge, QObject* parent)
     , m_bridge(bridge)
     , m_capture(std::make_unique<PipeWireCapture>())
     , m_sleepWatch(std::make_unique<LogindSleepWatch>())
-    , m_levels(std::make_unique<LevelsStore>())
-    , m_stereo(std::make_unique<StereoStore>())
     , m_engine(std::make_unique<AudioEQ>(Preferences::shared(), VizConfig::shared())) {
     m_engine->setCaptureBackend(m_capture.get());
     m_engine->setSleepWatch(m_sleepWatch.get());
@@ -37,8 +35,8 @@ AudioEngineHost::~AudioEngineHost() {
 void AudioEngineHost::startFor(PlayerState& state) {
     if (m_wiring)
         return;
-    m_wiring = std::make_unique<AudioEngineWiring>(
-        state, Theme::shared(), AudioCaptureSettings::shared(), *m_engine, *m_levels, *m_stereo);
+    m_wiring = std::make_unique<AudioEngineWiring>(state, Theme::shared(),
+                                                   AudioCaptureSettings::shared(), *m_engine);
     m_wiring->start();
 }
 

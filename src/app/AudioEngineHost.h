@@ -7,16 +7,14 @@ namespace MirlPlayer {
 
 class AudioEQ;
 class AudioEngineWiring;
-class LevelsStore;
 class LogindSleepWatch;
 class PipeWireCapture;
 class PlayerBridge;
 class PlayerState;
 class Preferences;
-class StereoStore;
 
 // Owns the audio engine's parts in the running program: the PipeWire capture, logind's wake
-// signal, the engine, the level and stereo stores, and the wiring into the now-playing model.
+// signal, the engine, and the wiring into the now-playing model.
 // PlayerState's start runs startFor(); the quit path runs stop(), so that no capture outlives
 // the process. GUI thread.
 class AudioEngineHost : public QObject {
@@ -29,15 +27,11 @@ public:
     void stop();
 
     AudioEQ& engine() { return *m_engine; }
-    LevelsStore& levels() { return *m_levels; }
-    StereoStore& stereo() { return *m_stereo; }
 
 private:
     PlayerBridge& m_bridge;
     std::unique_ptr<PipeWireCapture> m_capture;
     std::unique_ptr<LogindSleepWatch> m_sleepWatch;
-    std::unique_ptr<LevelsStore> m_levels;
-    std::unique_ptr<StereoStore> m_stereo;
     std::unique_ptr<AudioEQ> m_engine; // after the capture: it tears the capture down first
     std::unique_ptr<AudioEngineWiring> m_wiring;
 };

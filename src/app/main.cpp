@@ -1,6 +1,7 @@
 #include "app/AppDelegate.h"
 #include "app/AudioEngineHost.h"
 #include "app/FactoryPreferences.h"
+#include "audio/AudioCaptureSettings.h"
 #include "core/FocusLog.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
@@ -71,6 +72,7 @@ int main(int argc, char* argv[]) {
     AppDelegate delegate(Preferences::shared(), &bridge);
     std::unique_ptr<NotchPanelHost> panel;
     MirlBusService busService(&delegate.player(), delegate.player().clock());
+    busService.setAudioSources(&AudioCaptureSettings::shared(), delegate.player().eqStore());
     busService.registerOn(QDBusConnection::sessionBus());
 
     // Which application comes to the front, for the focus log (installed with the controller).

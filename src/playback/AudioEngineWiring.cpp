@@ -12,16 +12,13 @@
 namespace MirlPlayer {
 
 AudioEngineWiring::AudioEngineWiring(PlayerState& state, Theme& theme,
-                                     AudioCaptureSettings& settings, AudioEQ& engine,
-                                     LevelsStore& levels, StereoStore& stereo, Clock& clock,
+                                     AudioCaptureSettings& settings, AudioEQ& engine, Clock& clock,
                                      QObject* parent)
     : QObject(parent)
     , m_state(state)
     , m_theme(theme)
     , m_settings(settings)
     , m_engine(engine)
-    , m_levels(levels)
-    , m_stereo(stereo)
     , m_clock(clock)
     , m_debounce(
           debounceInterval, [this] { sink(); }, clock, this) {}
@@ -32,11 +29,10 @@ void AudioEngineWiring::start() {
     m_started = true;
 
     // The engine calls these on the GUI thread.
-    m_engine.onLevels = [this](const QList<double>& levels) {
-        m_lastAudioAt = m_clock.now();
-        m_levels.setLevels(levels);
+    m_engine.onLevels = [this](const QList<double>& levels) { m_state.noteLevels(levels); };
+    m_engine.onStereo = [this](const std::array<float, 96>& curve) {
+        m_state.stereoStore()->update(curve);
     };
-    m_engine.onStereo = [this](const std::array<float, 96>& curve) { m_stereo.update(curve); };
     m_engine.onStatus = [this](const QString& text, bool isError) {
         m_settings.setStatus(text, isError);
     };
@@ -55,6 +51,8 @@ void AudioEngineWiring::start() {
 void AudioEngineWiring::inputsChanged() {
     const Inputs inputs{m_theme.needsAudio(), m_state.isPlaying(), m_settings.enabled(),
                         m_state.sourceName()};
+    // The idle fade follows at once; only the capture waits for the inputs to settle.
+    m_state.setNeedsAudio(inputs.needsAudio);
     if (m_hasLatest && inputs == m_latest)
         return;
     m_hasLatest = true;

@@ -10,9 +10,7 @@ namespace MirlPlayer {
 
 class AudioCaptureSettings;
 class AudioEQ;
-class LevelsStore;
 class PlayerState;
-class StereoStore;
 class Theme;
 
 // The audio engine's place in the now-playing model. It feeds the engine's levels, stereo
@@ -39,14 +37,11 @@ public:
     };
 
     AudioEngineWiring(PlayerState& state, Theme& theme, AudioCaptureSettings& settings,
-                      AudioEQ& engine, LevelsStore& levels, StereoStore& stereo,
-                      Clock& clock = Clock::system(), QObject* parent = nullptr);
+                      AudioEQ& engine, Clock& clock = Clock::system(), QObject* parent = nullptr);
 
     // Sets the engine's callbacks, starts it and begins following the inputs. Once.
     void start();
 
-    // When levels last arrived (for the idle fade).
-    double lastAudioAt() const { return m_lastAudioAt; }
     // The inputs the sink last acted on, or will act on when the debounce ends.
     const Inputs& latest() const { return m_latest; }
     bool sinkPending() const { return m_debounce.pending(); }
@@ -61,14 +56,11 @@ private:
     Theme& m_theme;
     AudioCaptureSettings& m_settings;
     AudioEQ& m_engine;
-    LevelsStore& m_levels;
-    StereoStore& m_stereo;
     Clock& m_clock;
     Debouncer m_debounce;
     Inputs m_latest;
     bool m_hasLatest = false;
     bool m_started = false;
-    double m_lastAudioAt = Clock::distantPast;
 };
 
 } // namespace MirlPlayer

@@ -17,6 +17,11 @@ PlayerState::PlayerState(PlayerBridge* bridge, Clock& clock, QObject* parent)
     , m_anchorTime(clock.now()) {
     m_interpTimer.setInterval(int(positionTickInterval * 1000));
     connect(&m_interpTimer, &QTimer::timeout, this, &PlayerState::tickPosition);
+    m_eqTimer.setInterval(int(fadeTickInterval * 1000));
+    connect(&m_eqTimer, &QTimer::timeout, this, [this] {
+        if (!tickFade())
+            m_eqTimer.stop();
+    });
 }
 
 PlayerState::~PlayerState() = default;
@@ -36,6 +41,32 @@ void PlayerState::tickPosition() {
         return; // a paused clock simply stops; the anchor stays
     const double p = std::max(0.0, m_anchorPos + (m_time.now() - m_anchorTime));
     m_clock->setPosition(std::min(m_duration, p));
+}
+
+void PlayerState::noteLevels(const QList<double>& levels) {
+    m_lastAudioAt = m_time.now();
+    m_eqStore.setLevels(levels);
+    // When the deliveries stop, the fade takes over from here.
+    if (m_needsAudio && !m_eqTimer.isActive())
+        m_eqTimer.start();
+}
+
+void PlayerState::setNeedsAudio(bool needsAudio) {
+    if (m_needsAudio == needsAudio)
+        return;
+    m_needsAudio = needsAudio;
+    if (needsAudio && !m_eqTimer.isActive())
+        m_eqTimer.start();
+}
+
+bool PlayerState::tickFade() {
+    if (!m_needsAudio)
+        return false; // nobody shows levels: nothing to fade, the timer sleeps
+    const double sinceAudio = m_time.now() - m_lastAudioAt;
+    if (m_eqStore.fadeTick(true, sinceAudio))
+        return true;
+    // Live audio holds the fade off; otherwise every band has settled.
+    return sinceAudio < LevelsStore::fadeHoldoff;
 }
 
 void PlayerState::setAnchor(double position) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "audio/LevelsStore.h"
+#include "audio/StereoStore.h"
 #include "core/Clock.h"
 #include "playback/PlaybackClock.h"
 #include "playback/SpotifyPlaybackSelection.h"
@@ -40,6 +42,8 @@ class PlayerState : public QObject {
     Q_PROPERTY(QString spotifyPlaybackError READ spotifyPlaybackErrorText NOTIFY
                    spotifyPlaybackErrorChanged)
     Q_PROPERTY(MirlPlayer::PlaybackClock* clock READ clock CONSTANT)
+    Q_PROPERTY(MirlPlayer::LevelsStore* eqStore READ eqStore CONSTANT)
+    Q_PROPERTY(MirlPlayer::StereoStore* stereoStore READ stereoStore CONSTANT)
 
 public:
     static inline const QString idleTitle = QStringLiteral("Nothing Playing");
@@ -48,6 +52,7 @@ public:
         QStringLiteral("Finish setting up MIRL PRO first, then you can play music.");
     static constexpr double playHold = 0.9;
     static constexpr double positionTickInterval = 1.0 / 6.0;
+    static constexpr double fadeTickInterval = 1.0 / 30.0;
 
     // `bridge` is the way to the players; it is used only once start() has run.
     explicit PlayerState(PlayerBridge* bridge, Clock& clock = Clock::system(),
@@ -68,6 +73,9 @@ public:
     const std::optional<QString>& spotifyPlaybackError() const { return m_spotifyPlaybackError; }
     QString spotifyPlaybackErrorText() const { return m_spotifyPlaybackError.value_or(QString()); }
     PlaybackClock* clock() const { return m_clock.get(); }
+    LevelsStore* eqStore() { return &m_eqStore; }
+    StereoStore* stereoStore() { return &m_stereoStore; }
+    double lastAudioAt() const { return m_lastAudioAt; }
     MusicController* controller() const { return m_controller.get(); }
     Clock& time() const { return m_time; }
 
@@ -98,6 +106,15 @@ public:
     void applySample(double sampledAt, bool trackChanged, double position);
     // One step of the position clock; the timer calls it six times a second.
     void tickPosition();
+
+    // Levels from the audio engine (GUI thread).
+    void noteLevels(const QList<double>& levels);
+    // Whether anything on screen shows levels; the idle fade runs only then.
+    void setNeedsAudio(bool needsAudio);
+    // One step of the idle fade (1/30 s); returns whether the fade needs further steps. The
+    // timer runs only while a fade can still move the levels.
+    bool tickFade();
+    bool fadeRunning() const { return m_eqTimer.isActive(); }
 
     // Publication, compared before written. Used by the controller.
     void publishPlaying(bool value);
@@ -162,6 +179,11 @@ private:
     double m_positionPollCutoff = Clock::distantPast;
     double m_lastPositionSample = Clock::distantPast;
     double m_playHoldUntil = Clock::distantPast;
+    LevelsStore m_eqStore;
+    StereoStore m_stereoStore;
+    QTimer m_eqTimer;
+    double m_lastAudioAt = Clock::distantPast;
+    bool m_needsAudio = false;
 
     std::function<void(PlayerState&)> m_audioEngineStarter;
     std::function<bool(PlayerState&)> m_queueAdvance;

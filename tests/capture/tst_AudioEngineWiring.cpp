@@ -52,8 +52,6 @@ private:
     std::unique_ptr<AudioCaptureSettings> m_settings;
     std::unique_ptr<PlayerState> m_state;
     std::unique_ptr<AudioEQ> m_engine;
-    std::unique_ptr<LevelsStore> m_levels;
-    std::unique_ptr<StereoStore> m_stereo;
     std::unique_ptr<AudioEngineWiring> m_wiring;
 
     void advance(double seconds) {
@@ -90,10 +88,8 @@ private Q_SLOTS:
                                        return std::nullopt;
                                    },
                                    {}});
-        m_levels = std::make_unique<LevelsStore>();
-        m_stereo = std::make_unique<StereoStore>();
         m_wiring = std::make_unique<AudioEngineWiring>(*m_state, *m_theme, *m_settings, *m_engine,
-                                                       *m_levels, *m_stereo, m_clock);
+                                                       m_clock);
         m_wiring->start();
     }
     void cleanup() {
@@ -175,13 +171,13 @@ private Q_SLOTS:
         QList<double> levels(128, 0.25);
         m_clock.advance(0.5);
         m_engine->onLevels(levels);
-        QCOMPARE(m_levels->levels(), levels);
-        QCOMPARE(m_wiring->lastAudioAt(), m_clock.now());
+        QCOMPARE(m_state->eqStore()->levels(), levels);
+        QCOMPARE(m_state->lastAudioAt(), m_clock.now());
 
-        const quint64 before = m_stereo->generation();
+        const quint64 before = m_state->stereoStore()->generation();
         m_engine->setCapture(false, true); // a teardown flattens the stereo curve
-        QVERIFY(m_stereo->generation() > before);
-        QCOMPARE(m_stereo->curve(), StereoStore::Curve{});
+        QVERIFY(m_state->stereoStore()->generation() > before);
+        QCOMPARE(m_state->stereoStore()->curve(), StereoStore::Curve{});
     }
 
     void tryAgainRetriesTheCapture() {

@@ -254,6 +254,37 @@ private Q_SLOTS:
         }
     }
 
+    void levelsFadeToRestOnlyWhileSomebodyShowsThem() {
+        Rig rig;
+        QCOMPARE(rig.state.eqStore()->levels(), QList<double>(128, 0.05));
+        QVERIFY(!rig.state.fadeRunning()); // nothing to do at start
+
+        rig.state.setNeedsAudio(true);
+        rig.state.noteLevels(QList<double>(128, 0.8));
+        QVERIFY(rig.state.fadeRunning());
+        QCOMPARE(rig.state.lastAudioAt(), rig.clock.now());
+        // Live audio holds the fade off.
+        rig.clock.advance(0.2);
+        QVERIFY(rig.state.tickFade());
+        QCOMPARE(rig.state.eqStore()->levels().first(), 0.8);
+        // Then the levels sink towards rest, and the fade ends once they have settled.
+        rig.clock.advance(0.3);
+        int ticks = 0;
+        while (rig.state.tickFade() && ticks < 1000) {
+            rig.clock.advance(1.0 / 30);
+            ++ticks;
+        }
+        QVERIFY(ticks > 3 && ticks < 1000);
+        QVERIFY(qAbs(rig.state.eqStore()->levels().first() - LevelsStore::restingLevel) < 0.01);
+
+        // With nothing showing levels there is nothing to fade.
+        rig.state.noteLevels(QList<double>(128, 0.9));
+        rig.state.setNeedsAudio(false);
+        rig.clock.advance(2);
+        QVERIFY(!rig.state.tickFade());
+        QCOMPARE(rig.state.eqStore()->levels().first(), 0.9);
+    }
+
     void openingPlayersOnPurpose() {
         Rig rig;
         rig.state.openSpotify("spotify:album:xyz");

@@ -1,7 +1,9 @@
 #include "platform/linux/service/MirlBusService.h"
 #include "support/PrivateBus.h"
 
+#include <QDBusArgument>
 #include <QDBusInterface>
+#include <QDBusMetaType>
 #include <QDBusReply>
 #include <QDBusVariant>
 #include <QSignalSpy>
@@ -42,6 +44,26 @@ public:
     double m_position = 0;
 Q_SIGNALS:
     void positionChanged();
+};
+
+// What the program hears: the capture's status row and the level store.
+class StandInCapture : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QString status MEMBER m_status NOTIFY statusChanged)
+    Q_PROPERTY(bool needsAttention MEMBER m_needsAttention NOTIFY needsAttentionChanged)
+public:
+    QString m_status = QStringLiteral("Music access is off");
+    bool m_needsAttention = false;
+Q_SIGNALS:
+    void statusChanged();
+    void needsAttentionChanged();
+};
+
+class StandInLevels : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QList<double> levels MEMBER m_levels)
+public:
+    QList<double> m_levels = QList<double>(128, 0.05);
 };
 
 // Receives PropertiesChanged and mirlState.
@@ -96,6 +118,41 @@ private Q_SLOTS:
         QCOMPARE(read(client, "trackURI").toString(), QString());
         QDBusConnection::disconnectFromBus("service1");
         QDBusConnection::disconnectFromBus("client1");
+    }
+
+    void whatTheProgramHearsIsReadable() {
+        StandInModel model;
+        StandInClock clock;
+        StandInCapture capture;
+        StandInLevels levels;
+        MirlBusService service(&model, &clock);
+        service.setAudioSources(&capture, &levels);
+        QVERIFY(service.registerOn(m_bus.connect("service5")));
+        QDBusConnection client = m_bus.connect("client5");
+        Listener listener;
+        QVERIFY(client.connect(QString(), "/com/kestrova/mirlpro",
+                               "org.freedesktop.DBus.Properties", "PropertiesChanged", &listener,
+                               SLOT(propertiesChanged(QString, QVariantMap, QStringList))));
+
+        QCOMPARE(read(client, "captureStatus").toString(), QStringLiteral("Music access is off"));
+        levels.m_levels[3] = 0.75;
+        const QVariant reply = read(client, "levels");
+        QVERIFY(reply.canConvert<QDBusArgument>());
+        const auto heard = qdbus_cast<QList<double>>(reply.value<QDBusArgument>());
+        QCOMPARE(heard.size(), 128);
+        QCOMPARE(heard.at(3), 0.75);
+
+        capture.m_status = QStringLiteral("Open Spotify and play a song.");
+        capture.m_needsAttention = true;
+        Q_EMIT capture.statusChanged();
+        Q_EMIT capture.needsAttentionChanged();
+        QTRY_COMPARE(listener.changes.size(), 1);
+        QCOMPARE(listener.changes.first(),
+                 (QVariantMap{{"captureStatus", "Open Spotify and play a song."},
+                              {"captureNeedsAttention", true}}));
+        QCOMPARE(read(client, "captureNeedsAttention").toBool(), true);
+        QDBusConnection::disconnectFromBus("service5");
+        QDBusConnection::disconnectFromBus("client5");
     }
 
     void changesGoOutTogetherAndOnlyWhenTheyDiffer() {

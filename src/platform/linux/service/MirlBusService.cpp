@@ -28,8 +28,10 @@ QVariant readProperty(const QObject* object, const char* name) {
 // D-Bus has no "none": an absent text is the empty text, an absent number 0.
 QVariant busValue(const char* name, const QVariant& value) {
     const QByteArray key(name);
-    if (key == "isPlaying")
+    if (key == "isPlaying" || key == "captureNeedsAttention")
         return value.toBool();
+    if (key == "levels")
+        return QVariant::fromValue(value.value<QList<double>>());
     if (key == "duration" || key == "position") {
         bool ok = false;
         const double number = value.toDouble(&ok);
@@ -76,14 +78,40 @@ bool MirlBusService::registerOn(const QDBusConnection& bus) {
     return true;
 }
 
+void MirlBusService::setAudioSources(QObject* capture, QObject* levels) {
+    m_capture = capture;
+    m_levels = levels;
+    if (capture) {
+        const QMetaMethod schedule =
+            metaObject()->method(metaObject()->indexOfMethod("scheduleAnnouncement()"));
+        for (const char* name : {"status", "needsAttention"}) {
+            const QMetaProperty property =
+                capture->metaObject()->property(capture->metaObject()->indexOfProperty(name));
+            if (property.isValid() && property.hasNotifySignal())
+                connect(capture, property.notifySignal(), this, schedule);
+        }
+    }
+    m_announced = announcedValues();
+}
+
 QVariant MirlBusService::value(const char* name) const {
-    const QObject* source = qstrcmp(name, "position") == 0 ? m_clock.data() : m_model.data();
-    return busValue(name, readProperty(source, name));
+    const QByteArray key(name);
+    if (key == "position")
+        return busValue(name, readProperty(m_clock.data(), name));
+    if (key == "levels")
+        return busValue(name, readProperty(m_levels.data(), "levels"));
+    if (key == "captureStatus")
+        return busValue(name, readProperty(m_capture.data(), "status"));
+    if (key == "captureNeedsAttention")
+        return busValue(name, readProperty(m_capture.data(), "needsAttention"));
+    return busValue(name, readProperty(m_model.data(), name));
 }
 
 QVariantMap MirlBusService::announcedValues() const {
     QVariantMap values;
     for (const char* name : modelProperties)
+        values.insert(QString::fromLatin1(name), value(name));
+    for (const char* name : {"captureStatus", "captureNeedsAttention"})
         values.insert(QString::fromLatin1(name), value(name));
     return values;
 }
@@ -148,6 +176,15 @@ double MirlBusAdaptor::position() const {
 }
 QString MirlBusAdaptor::trackURI() const {
     return m_service->value("trackURI").toString();
+}
+QList<double> MirlBusAdaptor::levels() const {
+    return m_service->value("levels").value<QList<double>>();
+}
+QString MirlBusAdaptor::captureStatus() const {
+    return m_service->value("captureStatus").toString();
+}
+bool MirlBusAdaptor::captureNeedsAttention() const {
+    return m_service->value("captureNeedsAttention").toBool();
 }
 
 } // namespace MirlPlayer

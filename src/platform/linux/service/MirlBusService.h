@@ -11,13 +11,15 @@ namespace MirlPlayer {
 
 // The program on the session bus: service "com.kestrova.mirlpro", object "/com/kestrova/mirlpro",
 // interface "com.kestrova.mirlpro". It mirrors the now-playing model as read-only properties
-// (title, artist, album, sourceName, isPlaying, duration, position, trackURI), announces their
-// changes with org.freedesktop.DBus.Properties.PropertiesChanged, and sends the panel's
-// mirlState signal (expanded, x, y, w, h) when the panel changes.
+// (title, artist, album, sourceName, isPlaying, duration, position, trackURI), what the program
+// hears (levels: the current 128 band levels of the player's audio; captureStatus and
+// captureNeedsAttention: the capture's status row), announces their changes with
+// org.freedesktop.DBus.Properties.PropertiesChanged, and sends the panel's mirlState signal
+// (expanded, x, y, w, h) when the panel changes.
 //
 // The properties are read from the model through its meta-object by these names, so the service
-// holds no copy of its own truth. Position moves six times a second while playing; like an MPRIS
-// player's Position it is read on demand and not announced.
+// holds no copy of its own truth. Position moves six times a second while playing and levels up
+// to thirty times; like an MPRIS player's Position they are read on demand and not announced.
 class MirlBusService : public QObject {
     Q_OBJECT
 public:
@@ -28,6 +30,10 @@ public:
     // `model` carries title, artist, album, sourceName, isPlaying, duration and trackURI;
     // `clock` carries position. Both must outlive nothing: a destroyed model reads as empty.
     MirlBusService(QObject* model, QObject* clock, QObject* parent = nullptr);
+
+    // `capture` carries status and needsAttention (the audio capture settings); `levels` carries
+    // levels (the level store). Either may be absent: its properties then read as empty.
+    void setAudioSources(QObject* capture, QObject* levels);
 
     // Puts the object and the name on `bus`. False when the bus is missing or another process
     // holds the name; the program runs on without it.
@@ -50,6 +56,8 @@ private:
 
     QPointer<QObject> m_model;
     QPointer<QObject> m_clock;
+    QPointer<QObject> m_capture;
+    QPointer<QObject> m_levels;
     QDBusConnection m_bus{QString()};
     QVariantMap m_announced; // what the bus last heard
     bool m_scheduled = false;
@@ -72,6 +80,12 @@ class MirlBusAdaptor : public QDBusAbstractAdaptor {
                 "value=\"false\"/>\n"
                 "    </property>\n"
                 "    <property name=\"trackURI\" type=\"s\" access=\"read\"/>\n"
+                "    <property name=\"levels\" type=\"ad\" access=\"read\">\n"
+                "      <annotation name=\"org.freedesktop.DBus.Property.EmitsChangedSignal\" "
+                "value=\"false\"/>\n"
+                "    </property>\n"
+                "    <property name=\"captureStatus\" type=\"s\" access=\"read\"/>\n"
+                "    <property name=\"captureNeedsAttention\" type=\"b\" access=\"read\"/>\n"
                 "    <signal name=\"mirlState\">\n"
                 "      <arg name=\"expanded\" type=\"b\"/>\n"
                 "      <arg name=\"x\" type=\"d\"/>\n"
@@ -88,6 +102,9 @@ class MirlBusAdaptor : public QDBusAbstractAdaptor {
     Q_PROPERTY(double duration READ duration)
     Q_PROPERTY(double position READ position)
     Q_PROPERTY(QString trackURI READ trackURI)
+    Q_PROPERTY(QList<double> levels READ levels)
+    Q_PROPERTY(QString captureStatus READ captureStatus)
+    Q_PROPERTY(bool captureNeedsAttention READ captureNeedsAttention)
 public:
     explicit MirlBusAdaptor(MirlBusService* service);
 
@@ -99,6 +116,9 @@ public:
     double duration() const;
     double position() const;
     QString trackURI() const;
+    QList<double> levels() const;
+    QString captureStatus() const;
+    bool captureNeedsAttention() const;
 
 Q_SIGNALS:
     void mirlState(bool expanded, double x, double y, double w, double h);
