@@ -24,9 +24,11 @@ Item {
         border.color: Qt.rgba(1, 1, 1, 0.08)
         clip: true
 
-        Behavior on x { NumberAnimation { duration: 220; easing.type: Easing.OutCubic } }
-        Behavior on width { NumberAnimation { duration: 220; easing.type: Easing.OutCubic } }
-        Behavior on height { NumberAnimation { duration: 220; easing.type: Easing.OutCubic } }
+        // A panel whose shape already moves with its springs needs no easing of its own.
+        Behavior on x { enabled: !root.panel.animatesShape; NumberAnimation { duration: 220; easing.type: Easing.OutCubic } }
+        Behavior on y { enabled: !root.panel.animatesShape; NumberAnimation { duration: 220; easing.type: Easing.OutCubic } }
+        Behavior on width { enabled: !root.panel.animatesShape; NumberAnimation { duration: 220; easing.type: Easing.OutCubic } }
+        Behavior on height { enabled: !root.panel.animatesShape; NumberAnimation { duration: 220; easing.type: Easing.OutCubic } }
         Behavior on radius { NumberAnimation { duration: 220 } }
 
         // The resting pill: three small bars in the artwork's colour, dim while paused.

@@ -1,0 +1,81 @@
+#include "panel/host/NotchPanelHost.h"
+
+#include "panel/SkeletonPanel.h"
+#include "playback/PlayerState.h"
+
+#include <QLoggingCategory>
+#include <QQmlEngine>
+#include <QQuickItem>
+#include <QQuickView>
+
+Q_LOGGING_CATEGORY(lcPanelHost, "mirl.panel.host")
+
+namespace MirlPlayer {
+
+NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs inputs,
+                               NotchPanelController::Outputs outputs, QObject* parent)
+    : QObject(parent)
+    , m_player(player) {
+    m_windows.setOverviewSource([this] { return m_overview.active(); });
+    m_controller = std::make_unique<NotchPanelController>(
+        Clock::system(), m_screens, m_pointer, m_windows, std::move(inputs), std::move(outputs));
+    m_motion = std::make_unique<PillMotion>(*m_controller->layout());
+    connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::geometryChanged);
+    connect(m_controller->layout(), &NotchLayout::expandedChanged, this,
+            &NotchPanelHost::expandedChanged);
+    connect(&m_player, &PlayerState::artworkChanged, this, &NotchPanelHost::updateArtwork);
+}
+
+NotchPanelHost::~NotchPanelHost() {
+    if (m_controller)
+        m_controller->stop();
+}
+
+QRectF NotchPanelHost::shape() const {
+    const double w = m_motion->width();
+    const double h = m_motion->height();
+    return {m_motion->centerX() - w / 2, m_motion->top(), w, h};
+}
+
+QString NotchPanelHost::formatTime(double seconds) {
+    return SkeletonPanel::formatTime(seconds);
+}
+
+bool NotchPanelHost::show() {
+    m_view = std::make_unique<QQuickView>();
+    m_artwork = new ArtworkImageProvider;
+    m_view->engine()->addImageProvider(QStringLiteral("artwork"), m_artwork);
+    X11NotchPanel::configure(m_view.get());
+    m_view->setColor(Qt::transparent);
+    m_view->setResizeMode(QQuickView::SizeRootObjectToView);
+    m_view->setInitialProperties({{QStringLiteral("player"), QVariant::fromValue(&m_player)},
+                                  {QStringLiteral("panel"), QVariant::fromValue(this)}});
+    m_view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/MirlPlayer/Panel/SkeletonPanel.qml")));
+    if (m_view->status() != QQuickView::Ready) {
+        for (const auto& error : m_view->errors())
+            qCWarning(lcPanelHost) << error.toString();
+        return false;
+    }
+    updateArtwork();
+    m_panel = std::make_unique<X11NotchPanel>(m_view.get());
+    m_panel->onResignKey = [this] {
+        if (QQuickItem* item = m_view->activeFocusItem())
+            item->setFocus(false);
+    };
+    m_controller->start(m_panel.get());
+    return true;
+}
+
+void NotchPanelHost::updateArtwork() {
+    if (m_artwork)
+        m_artwork->setImage(m_player.artwork());
+    const QString source = m_player.hasArtwork()
+                               ? QStringLiteral("image://artwork/%1").arg(++m_artworkGeneration)
+                               : QString();
+    if (source == m_artworkSource)
+        return;
+    m_artworkSource = source;
+    Q_EMIT artworkSourceChanged();
+}
+
+} // namespace MirlPlayer

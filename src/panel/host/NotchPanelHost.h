@@ -1,0 +1,76 @@
+#pragma once
+
+#include "panel/logic/NotchPanelController.h"
+#include "panel/logic/PillMotion.h"
+#include "platform/linux/x11/GnomeShellOverview.h"
+#include "platform/linux/x11/X11NotchPanel.h"
+#include "platform/linux/x11/X11Screens.h"
+#include "platform/linux/x11/X11WindowFacts.h"
+
+#include <QObject>
+#include <QRectF>
+#include <memory>
+
+class QQuickView;
+
+namespace MirlPlayer {
+
+class ArtworkImageProvider;
+class PlayerState;
+
+// The panel as the application shows it: the skeleton's Qt Quick view driven by the
+// NotchPanelController over the X11 window facts. The view binds to `expanded` and to the drawn
+// shape of the pill (`pillRect`, `cardRect`: both the shape in force, in window coordinates,
+// already animated by the panel's springs).
+class NotchPanelHost : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool expanded READ expanded NOTIFY expandedChanged)
+    Q_PROPERTY(QRectF pillRect READ shape NOTIFY geometryChanged)
+    Q_PROPERTY(QRectF cardRect READ shape NOTIFY geometryChanged)
+    Q_PROPERTY(QString artworkSource READ artworkSource NOTIFY artworkSourceChanged)
+    Q_PROPERTY(MirlPlayer::NotchLayout* layout READ layout CONSTANT)
+    // The shape moves with the panel's springs already; the view adds no easing of its own.
+    Q_PROPERTY(bool animatesShape READ animatesShape CONSTANT)
+public:
+    NotchPanelHost(PlayerState& player, NotchPanelController::Inputs inputs,
+                   NotchPanelController::Outputs outputs, QObject* parent = nullptr);
+    ~NotchPanelHost() override;
+
+    // Builds the view and starts the controller. False when the view could not be loaded.
+    bool show();
+
+    QQuickView* window() const { return m_view.get(); }
+    NotchPanelController& controller() { return *m_controller; }
+    X11NotchPanel* panel() const { return m_panel.get(); }
+    NotchLayout* layout() { return m_controller->layout(); }
+
+    bool expanded() const { return m_controller->layout()->expanded(); }
+    QRectF shape() const;
+    QString artworkSource() const { return m_artworkSource; }
+    bool animatesShape() const { return true; }
+
+    Q_INVOKABLE static QString formatTime(double seconds);
+
+Q_SIGNALS:
+    void expandedChanged();
+    void geometryChanged();
+    void artworkSourceChanged();
+
+private:
+    void updateArtwork();
+
+    PlayerState& m_player;
+    QtScreenInfo m_screens;
+    X11Pointer m_pointer;
+    X11WindowFacts m_windows;
+    GnomeShellOverview m_overview;
+    std::unique_ptr<NotchPanelController> m_controller;
+    std::unique_ptr<PillMotion> m_motion;
+    std::unique_ptr<QQuickView> m_view;
+    std::unique_ptr<X11NotchPanel> m_panel;
+    ArtworkImageProvider* m_artwork = nullptr; // owned by the view's engine
+    int m_artworkGeneration = 0;
+    QString m_artworkSource;
+};
+
+} // namespace MirlPlayer

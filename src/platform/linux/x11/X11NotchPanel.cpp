@@ -1,0 +1,144 @@
+#include "platform/linux/x11/X11NotchPanel.h"
+
+#include "platform/linux/x11/X11Screens.h"
+
+#include <QEvent>
+#include <QMouseEvent>
+#include <QPropertyAnimation>
+#include <QWindow>
+
+namespace MirlPlayer {
+
+X11NotchPanel::X11NotchPanel(QWindow* window, QObject* parent)
+    : QObject(parent)
+    , m_window(window) {
+    m_fade = new QPropertyAnimation(window, "opacity", this);
+    window->installEventFilter(this);
+}
+
+X11NotchPanel::~X11NotchPanel() {
+    if (m_window)
+        m_window->removeEventFilter(this);
+}
+
+void X11NotchPanel::configure(QWindow* window) {
+    // Unmanaged by the window manager: no frame, no task-bar entry, present on every desktop and
+    // always above managed windows; menus (also unmanaged) still open above it.
+    window->setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint |
+                     Qt::WindowDoesNotAcceptFocus | Qt::X11BypassWindowManagerHint);
+}
+
+void X11NotchPanel::setLevel(int level) {
+    if (m_level == level)
+        return;
+    m_level = level;
+    // Above the menu bar: bring the pill back to the top of the stack. An open card (level 3)
+    // stays where it is, so menus and popovers opened later stand over it.
+    if (level > 3 && m_window && m_window->isVisible())
+        m_window->raise();
+}
+
+void X11NotchPanel::setFrame(const QRectF& frame) {
+    if (m_frame == frame)
+        return;
+    m_frame = frame;
+    if (m_window)
+        m_window->setGeometry(ScreenFlip::current().toTopLeft(frame).toRect());
+}
+
+void X11NotchPanel::orderFrontRegardless() {
+    if (!m_window)
+        return;
+    if (!m_window->isVisible()) {
+        m_window->show();
+        applyInputRegion(true); // the native window may be new
+    }
+    m_window->raise();
+}
+
+void X11NotchPanel::orderOut() {
+    if (m_window)
+        m_window->hide();
+}
+
+void X11NotchPanel::setIgnoresMouseEvents(bool ignores) {
+    if (m_ignores == ignores)
+        return;
+    m_ignores = ignores;
+    applyInputRegion();
+}
+
+void X11NotchPanel::setHitRect(const QRectF& rect) {
+    if (m_hitRect == rect)
+        return;
+    m_hitRect = rect;
+    applyInputRegion();
+}
+
+void X11NotchPanel::applyInputRegion(bool force) {
+    if (!m_window || !m_window->handle())
+        return;
+    QRect region;
+    if (!m_ignores && !m_hitRect.isEmpty()) {
+        const double dpr = m_window->devicePixelRatio();
+        const QRectF r = m_hitRect;
+        region =
+            QRectF(r.x() * dpr, r.y() * dpr, r.width() * dpr, r.height() * dpr).toAlignedRect();
+    }
+    if (!force && m_everApplied && region == m_applied)
+        return;
+    m_applied = region;
+    m_everApplied = true;
+    m_region.apply(m_window->winId(), region);
+}
+
+void X11NotchPanel::animateAlpha(double alpha, double seconds) {
+    if (!m_window)
+        return;
+    m_fade->stop();
+    m_fade->setDuration(int(seconds * 1000));
+    m_fade->setStartValue(m_window->opacity());
+    m_fade->setEndValue(alpha);
+    m_fade->start();
+}
+
+void X11NotchPanel::resignKey() {
+    if (onResignKey)
+        onResignKey();
+    if (!m_window)
+        return;
+    const bool hadKeyboard = m_window->isActive();
+    m_window->setFlag(Qt::WindowDoesNotAcceptFocus, true);
+    // Hand the keyboard back to whatever lies under the pointer, as if the panel never had it.
+    if (hadKeyboard)
+        m_region.releaseKeyboard();
+}
+
+bool X11NotchPanel::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != m_window)
+        return QObject::eventFilter(watched, event);
+    const auto type = event->type();
+    if (type != QEvent::MouseButtonPress && type != QEvent::MouseButtonRelease)
+        return QObject::eventFilter(watched, event);
+    auto* mouse = static_cast<QMouseEvent*>(event);
+    if (type == QEvent::MouseButtonPress && mouse->button() == Qt::RightButton) {
+        if (onContextMenu && onContextMenu(mouse->globalPosition().toPoint()))
+            return true; // consumed: the view never sees it
+    } else if (type == QEvent::MouseButtonPress && mouse->button() == Qt::LeftButton) {
+        // Decided before the view sees the press, so a text field gets its first click.
+        pointerDownInPanel = true;
+        textFocusRequested =
+            libraryAcceptsKeyboard && editableTextAt && editableTextAt(mouse->position());
+        if (canBecomeKey()) {
+            m_window->setFlag(Qt::WindowDoesNotAcceptFocus, false);
+            m_window->requestActivate();
+        } else if (m_window->isActive()) {
+            resignKey();
+        }
+    } else if (type == QEvent::MouseButtonRelease && mouse->button() == Qt::LeftButton) {
+        pointerDownInPanel = false;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+} // namespace MirlPlayer

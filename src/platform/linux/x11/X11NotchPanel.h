@@ -1,0 +1,70 @@
+#pragma once
+
+#include "platform/NotchPanel.h"
+#include "platform/linux/x11/X11Workspace.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QRect>
+#include <functional>
+
+class QWindow;
+class QPropertyAnimation;
+
+namespace MirlPlayer {
+
+// Drives a Qt window as the notch panel on X11: frame in screen points, stacking, fading, and
+// click-through everywhere except the hit rectangle by an XShape input region (drawing is left
+// whole). It also notes presses inside the window for the controller's drag rule.
+class X11NotchPanel : public QObject, public NotchPanel {
+    Q_OBJECT
+public:
+    explicit X11NotchPanel(QWindow* window, QObject* parent = nullptr);
+    ~X11NotchPanel() override;
+
+    // The window flags of a panel: frameless, above other windows, on every desktop, never
+    // focused by a click. Call before the window is first shown.
+    static void configure(QWindow* window);
+
+    void setLevel(int level) override;
+    QRectF frame() const override { return m_frame; }
+    void setFrame(const QRectF& frame) override;
+    void orderFrontRegardless() override;
+    void orderOut() override;
+    void setIgnoresMouseEvents(bool ignores) override;
+    void setHitRect(const QRectF& rect) override;
+    void animateAlpha(double alpha, double seconds) override;
+    void resignKey() override;
+
+    int level() const { return m_level; }
+    // The input region now applied, in window pixels; empty means click-through everywhere.
+    QRect inputRegion() const { return m_applied; }
+    // Called by `resignKey`, so the view can clear its focused item.
+    std::function<void()> onResignKey;
+    // Answers whether an editable text field lies under a point of the window; with the library
+    // open, a press there gives the panel the keyboard.
+    std::function<bool(QPointF)> editableTextAt;
+    // The context menu for a right press at a global position; true when a menu was shown, and
+    // the press then goes no further.
+    std::function<bool(QPoint)> onContextMenu;
+    // The panel may take the keyboard only for a text field in the open library.
+    bool canBecomeKey() const { return libraryAcceptsKeyboard && textFocusRequested; }
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    void applyInputRegion(bool force = false);
+
+    QPointer<QWindow> m_window;
+    X11InputRegion m_region;
+    QRectF m_frame;
+    int m_level = 0;
+    bool m_ignores = true;
+    QRectF m_hitRect;
+    QRect m_applied{0, 0, -1, -1};
+    bool m_everApplied = false;
+    QPropertyAnimation* m_fade = nullptr;
+};
+
+} // namespace MirlPlayer

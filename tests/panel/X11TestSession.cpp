@@ -1,0 +1,158 @@
+#include "X11TestSession.h"
+
+#include <QFile>
+#include <QList>
+#include <chrono>
+#include <csignal>
+#include <fcntl.h>
+#include <functional>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <X11/Xatom.h>
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+extern char** environ;
+
+namespace MirlPlayer::Test {
+
+pid_t X11TestSession::spawn(const QList<QByteArray>& args) {
+    std::vector<char*> argv;
+    for (const auto& a : args)
+        argv.push_back(const_cast<char*>(a.constData()));
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+    pid_t pid = 0;
+    const int rc = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    return rc == 0 ? pid : 0;
+}
+
+static bool waitFor(const std::function<bool()>& ready) {
+    for (int i = 0; i < 100; ++i) {
+        if (ready())
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+}
+
+X11TestSession::X11TestSession() {
+    // Display numbers below the shared ones, so parallel sessions on this machine do not meet.
+    for (int n = 97; n > 80 && !m_display; --n) {
+        if (!QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(n)))
+            m_display = n;
+    }
+    if (!m_display) {
+        m_error = QStringLiteral("no free display number");
+        return;
+    }
+    const QByteArray name = ":" + QByteArray::number(m_display);
+    m_xvfb = spawn({"Xvfb", name, "-screen", "0", "1512x982x24", "+extension", "GLX", "-nolisten",
+                    "tcp", "-noreset"});
+    if (!m_xvfb) {
+        m_error = QStringLiteral("Xvfb did not start");
+        return;
+    }
+    const bool up = waitFor([&] {
+        Display* d = XOpenDisplay(name.constData());
+        if (d)
+            XCloseDisplay(d);
+        return d != nullptr;
+    });
+    if (!up) {
+        m_error = QStringLiteral("Xvfb did not answer");
+        return;
+    }
+    qputenv("DISPLAY", name);
+    qputenv("QT_QPA_PLATFORM", "xcb");
+
+    m_busPath = "/tmp/mirl-panel-test-bus-" + QByteArray::number(getpid());
+    m_bus = spawn({"dbus-daemon", "--session", "--nofork", "--address=unix:path=" + m_busPath});
+    if (!m_bus || !waitFor([&] { return QFile::exists(QString::fromLocal8Bit(m_busPath)); })) {
+        m_error = QStringLiteral("dbus-daemon did not start");
+        return;
+    }
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=" + m_busPath);
+    m_ok = true;
+}
+
+X11TestSession::~X11TestSession() {
+    for (pid_t pid : {m_bus, m_xvfb}) {
+        if (pid > 0) {
+            kill(pid, SIGTERM);
+            waitpid(pid, nullptr, 0);
+        }
+    }
+    if (!m_busPath.isEmpty())
+        QFile::remove(QString::fromLocal8Bit(m_busPath));
+}
+
+ForeignWindow::ForeignWindow(QRect r, bool overrideRedirect, bool fullscreen)
+    : ForeignWindow(r, [&] {
+        Options o = Options::inState(fullscreen ? "_NET_WM_STATE_FULLSCREEN" : "");
+        o.overrideRedirect = overrideRedirect;
+        return o;
+    }()) {}
+
+ForeignWindow::ForeignWindow(QRect r, const Options& o) {
+    m_display = XOpenDisplay(nullptr);
+    if (!m_display)
+        return;
+    auto atom = [this](const QByteArray& name) {
+        return XInternAtom(m_display, name.constData(), False);
+    };
+    auto setAtom = [&](const char* property, const QByteArray& value) {
+        const Atom a = atom(value);
+        XChangeProperty(m_display, m_window, atom(property), XA_ATOM, 32, PropModeReplace,
+                        reinterpret_cast<const unsigned char*>(&a), 1);
+    };
+    XSetWindowAttributes attrs{};
+    attrs.override_redirect = o.overrideRedirect ? True : False;
+    attrs.background_pixel = 0x203040;
+    m_window = XCreateWindow(m_display, DefaultRootWindow(m_display), r.x(), r.y(), r.width(),
+                             r.height(), 0, CopyFromParent, InputOutput, CopyFromParent,
+                             CWOverrideRedirect | CWBackPixel, &attrs);
+    QByteArray cls = o.wmClass;
+    XClassHint hint{const_cast<char*>("foreign"), cls.data()};
+    XSetClassHint(m_display, m_window, &hint);
+    const unsigned long pid = 99999;
+    XChangeProperty(m_display, m_window, atom("_NET_WM_PID"), XA_CARDINAL, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(&pid), 1);
+    if (!o.type.isEmpty())
+        setAtom("_NET_WM_WINDOW_TYPE", o.type);
+    if (!o.state.isEmpty())
+        setAtom("_NET_WM_STATE", o.state);
+    if (o.opacity) {
+        const unsigned long v = *o.opacity;
+        XChangeProperty(m_display, m_window, atom("_NET_WM_WINDOW_OPACITY"), XA_CARDINAL, 32,
+                        PropModeReplace, reinterpret_cast<const unsigned char*>(&v), 1);
+    }
+    XMapRaised(m_display, m_window);
+    XSync(m_display, False);
+}
+
+void ForeignWindow::activate() {
+    const Window w = m_window;
+    XChangeProperty(m_display, DefaultRootWindow(m_display),
+                    XInternAtom(m_display, "_NET_ACTIVE_WINDOW", False), XA_WINDOW, 32,
+                    PropModeReplace, reinterpret_cast<const unsigned char*>(&w), 1);
+    XSync(m_display, False);
+}
+
+ForeignWindow::~ForeignWindow() {
+    if (!m_display)
+        return;
+    XDestroyWindow(m_display, m_window);
+    XSync(m_display, False);
+    XCloseDisplay(m_display);
+}
+
+} // namespace MirlPlayer::Test

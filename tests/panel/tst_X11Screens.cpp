@@ -1,0 +1,58 @@
+// Screens and the pointer of a real X server, in the panel's bottom-left screen points.
+#include "X11TestSession.h"
+#include "platform/linux/x11/X11Screens.h"
+
+#include <QGuiApplication>
+#include <QProcess>
+#include <QTest>
+
+using namespace MirlPlayer;
+
+class tst_X11Screens : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void theScreenHasNoHousingAndABottomLeftFrame() {
+        QtScreenInfo info;
+        const auto screens = info.screens();
+        QCOMPARE(screens.size(), 1);
+        QCOMPARE(screens.first().frame, QRectF(0, 0, 1512, 982));
+        QCOMPARE(screens.first().safeAreaTop, 0.0);
+        QVERIFY(!screens.first().auxiliaryTopLeftArea);
+        QCOMPARE(info.mainScreen(), std::optional<ScreenDescription>(screens.first()));
+    }
+
+    void flipsBetweenTopLeftAndBottomLeft() {
+        const ScreenFlip flip{982};
+        QCOMPARE(flip.toBottomLeft(QPointF(100, 900)), QPointF(100, 82));
+        QCOMPARE(flip.toBottomLeft(QRectF(0, 0, 1512, 498)), QRectF(0, 484, 1512, 498));
+        QCOMPARE(flip.toTopLeft(QRectF(0, 484, 1512, 498)), QRectF(0, 0, 1512, 498));
+    }
+
+    void thePointerIsReadInScreenPointsWithItsButtons() {
+        X11Pointer pointer;
+        QProcess::execute(
+            QStringLiteral("xdotool"),
+            {QStringLiteral("mousemove"), QStringLiteral("100"), QStringLiteral("900")});
+        QCOMPARE(pointer.location(), QPointF(100, 82));
+        QCOMPARE(pointer.pressedButtons(), 0u);
+        QProcess::execute(QStringLiteral("xdotool"),
+                          {QStringLiteral("mousedown"), QStringLiteral("1")});
+        QCOMPARE(pointer.pressedButtons() & 1u, 1u);
+        QProcess::execute(QStringLiteral("xdotool"),
+                          {QStringLiteral("mouseup"), QStringLiteral("1")});
+        QCOMPARE(pointer.pressedButtons(), 0u);
+    }
+};
+
+int main(int argc, char** argv) {
+    MirlPlayer::Test::X11TestSession session;
+    if (!session.ok()) {
+        qWarning("no private X server: %s", qPrintable(session.error()));
+        return 1;
+    }
+    QGuiApplication app(argc, argv);
+    tst_X11Screens test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_X11Screens.moc"

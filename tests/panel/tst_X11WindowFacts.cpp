@@ -1,0 +1,127 @@
+// The window list of a real X server, as the placement heuristics read it.
+#include "X11TestSession.h"
+#include "platform/linux/x11/X11WindowFacts.h"
+
+#include <QGuiApplication>
+#include <QTest>
+
+using namespace MirlPlayer;
+using MirlPlayer::Test::ForeignWindow;
+
+namespace {
+std::optional<WindowRecord> foreign(X11WindowFacts& facts) {
+    const auto list = facts.onScreenWindows();
+    if (!list)
+        return std::nullopt;
+    for (const auto& r : *list) {
+        if (r.pid == 99999)
+            return r;
+    }
+    return std::nullopt;
+}
+} // namespace
+
+class tst_X11WindowFacts : public QObject {
+    Q_OBJECT
+private Q_SLOTS:
+    void mapsWindowKindsToLayers_data() {
+        QTest::addColumn<QRect>("geometry");
+        QTest::addColumn<bool>("overrideRedirect");
+        QTest::addColumn<QByteArray>("type");
+        QTest::addColumn<int>("layer");
+        QTest::newRow("ordinary window") << QRect(10, 40, 300, 200) << false << QByteArray() << 0;
+        QTest::newRow("dialog") << QRect(10, 40, 300, 200) << false
+                                << QByteArray("_NET_WM_WINDOW_TYPE_DIALOG") << 0;
+        QTest::newRow("top panel stands where the menu bar is")
+            << QRect(0, 0, 1512, 28) << false << QByteArray("_NET_WM_WINDOW_TYPE_DOCK") << 25;
+        QTest::newRow("bottom dock")
+            << QRect(300, 930, 900, 52) << false << QByteArray("_NET_WM_WINDOW_TYPE_DOCK") << 20;
+        QTest::newRow("notification") << QRect(1100, 30, 400, 120) << false
+                                      << QByteArray("_NET_WM_WINDOW_TYPE_NOTIFICATION") << 23;
+        QTest::newRow("popup menu") << QRect(700, 24, 200, 300) << true
+                                    << QByteArray("_NET_WM_WINDOW_TYPE_POPUP_MENU") << 101;
+        QTest::newRow("dropdown menu of a managed window")
+            << QRect(700, 24, 200, 300) << false << QByteArray("_NET_WM_WINDOW_TYPE_DROPDOWN_MENU")
+            << 101;
+        QTest::newRow("unmanaged window of no type")
+            << QRect(700, 24, 200, 300) << true << QByteArray() << 101;
+    }
+    void mapsWindowKindsToLayers() {
+        QFETCH(QRect, geometry);
+        QFETCH(bool, overrideRedirect);
+        QFETCH(QByteArray, type);
+        QFETCH(int, layer);
+        X11WindowFacts facts;
+        ForeignWindow w(geometry, ForeignWindow::Options::ofType(type, overrideRedirect));
+        const auto r = foreign(facts);
+        QVERIFY(r);
+        QCOMPARE(r->layer, std::optional<int>(layer));
+        QCOMPARE(r->owner, std::optional<QString>(QStringLiteral("Foreign")));
+        QCOMPARE(r->bounds->rect(), std::optional<QRectF>(QRectF(geometry)));
+        QVERIFY(!r->alpha);
+    }
+
+    void leavesOutDesktopsAndMinimisedWindows() {
+        X11WindowFacts facts;
+        {
+            ForeignWindow desktop(QRect(0, 0, 1512, 982),
+                                  ForeignWindow::Options::ofType("_NET_WM_WINDOW_TYPE_DESKTOP"));
+            QVERIFY(!foreign(facts));
+        }
+        {
+            ForeignWindow hidden(QRect(0, 0, 100, 100),
+                                 ForeignWindow::Options::inState("_NET_WM_STATE_HIDDEN"));
+            QVERIFY(!foreign(facts));
+        }
+        QVERIFY(!foreign(facts)); // and gone windows are gone
+    }
+
+    void readsOpacityAsAlpha() {
+        X11WindowFacts facts;
+        ForeignWindow::Options transparent;
+        transparent.opacity = 0;
+        ForeignWindow clear(QRect(0, 0, 100, 100), transparent);
+        QCOMPARE(foreign(facts)->alpha, std::optional<double>(0.0));
+    }
+
+    void ownWindowsCarryOwnPid() {
+        X11WindowFacts facts;
+        QWindow own;
+        own.setGeometry(0, 0, 50, 50);
+        own.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&own));
+        const auto list = facts.onScreenWindows();
+        QVERIFY(list);
+        QVERIFY(std::any_of(list->begin(), list->end(),
+                            [&](const WindowRecord& r) { return r.pid == facts.ownPid(); }));
+    }
+
+    void anOverviewCoversTheWholeScreen() {
+        X11WindowFacts facts;
+        bool overview = false;
+        facts.setOverviewSource([&] { return overview; });
+        auto dock = [&] {
+            const auto list = facts.onScreenWindows();
+            return std::count_if(list->begin(), list->end(), [](const WindowRecord& r) {
+                return r.owner == QLatin1String("Dock") && r.layer == 18 &&
+                       r.bounds->rect() == QRectF(0, 0, 1512, 982);
+            });
+        };
+        QCOMPARE(dock(), 0);
+        overview = true;
+        QCOMPARE(dock(), 1);
+    }
+};
+
+int main(int argc, char** argv) {
+    MirlPlayer::Test::X11TestSession session;
+    if (!session.ok()) {
+        qWarning("no private X server: %s", qPrintable(session.error()));
+        return 1;
+    }
+    QGuiApplication app(argc, argv);
+    tst_X11WindowFacts test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_X11WindowFacts.moc"
