@@ -1,6 +1,6 @@
 #include "panel/host/NotchPanelHost.h"
 
-#include "panel/SkeletonPanel.h"
+#include "panel/PanelView.h"
 #include "playback/PlayerState.h"
 
 #include <QLoggingCategory>
@@ -13,9 +13,10 @@ Q_LOGGING_CATEGORY(lcPanelHost, "mirl.panel.host")
 namespace MirlPlayer {
 
 NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs inputs,
-                               NotchPanelController::Outputs outputs, QObject* parent)
+                               NotchPanelController::Outputs outputs, Theme& theme, QObject* parent)
     : QObject(parent)
-    , m_player(player) {
+    , m_player(player)
+    , m_theme(theme) {
     m_windows.setOverviewSource([this] { return m_overview.active(); });
     m_controller = std::make_unique<NotchPanelController>(
         Clock::system(), m_screens, m_pointer, m_windows, std::move(inputs), std::move(outputs));
@@ -38,7 +39,7 @@ QRectF NotchPanelHost::shape() const {
 }
 
 QString NotchPanelHost::formatTime(double seconds) {
-    return SkeletonPanel::formatTime(seconds);
+    return formatPlayTime(seconds);
 }
 
 bool NotchPanelHost::show() {
@@ -49,8 +50,9 @@ bool NotchPanelHost::show() {
     m_view->setColor(Qt::transparent);
     m_view->setResizeMode(QQuickView::SizeRootObjectToView);
     m_view->setInitialProperties({{QStringLiteral("player"), QVariant::fromValue(&m_player)},
-                                  {QStringLiteral("panel"), QVariant::fromValue(this)}});
-    m_view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/MirlPlayer/Panel/SkeletonPanel.qml")));
+                                  {QStringLiteral("panel"), QVariant::fromValue(this)},
+                                  {QStringLiteral("theme"), QVariant::fromValue(&m_theme)}});
+    m_view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/MirlPlayer/Panel/PanelSurface.qml")));
     if (m_view->status() != QQuickView::Ready) {
         for (const auto& error : m_view->errors())
             qCWarning(lcPanelHost) << error.toString();

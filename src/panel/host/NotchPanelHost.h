@@ -1,5 +1,6 @@
 #pragma once
 
+#include "look/Theme.h"
 #include "panel/logic/NotchPanelController.h"
 #include "panel/logic/PillMotion.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
@@ -18,7 +19,7 @@ namespace MirlPlayer {
 class ArtworkImageProvider;
 class PlayerState;
 
-// The panel as the application shows it: the skeleton's Qt Quick view driven by the
+// The panel as the application shows it: the panel's Qt Quick surface driven by the
 // NotchPanelController over the X11 window facts. The view binds to `expanded` and to the drawn
 // shape of the pill (`pillRect`, `cardRect`: both the shape in force, in window coordinates,
 // already animated by the panel's springs).
@@ -33,7 +34,8 @@ class NotchPanelHost : public QObject {
     Q_PROPERTY(bool animatesShape READ animatesShape CONSTANT)
 public:
     NotchPanelHost(PlayerState& player, NotchPanelController::Inputs inputs,
-                   NotchPanelController::Outputs outputs, QObject* parent = nullptr);
+                   NotchPanelController::Outputs outputs, Theme& theme = Theme::shared(),
+                   QObject* parent = nullptr);
     ~NotchPanelHost() override;
 
     // Builds the view and starts the controller. False when the view could not be loaded.
@@ -60,6 +62,7 @@ private:
     void updateArtwork();
 
     PlayerState& m_player;
+    Theme& m_theme;
     QtScreenInfo m_screens;
     X11Pointer m_pointer;
     X11WindowFacts m_windows;
