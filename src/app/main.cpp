@@ -13,6 +13,7 @@
 #include "platform/linux/x11/X11Workspace.h"
 #include "playback/MusicController.h"
 #include "playback/PlayerState.h"
+#include "visualizers/VizConfig.h"
 
 #include <QApplication>
 #include <QQuickView>
@@ -94,6 +95,11 @@ int main(int argc, char* argv[]) {
         inputs.motionSpeed = [&theme] { return theme.motionSpeed(); };
         inputs.showVisualizer = [&theme] { return theme.showVisualizer(); };
         inputs.positionID = [&theme] { return theme.positionID(); };
+        // A tuning slider for the library's look opens the library while it is in use.
+        VizConfig* viz = &VizConfig::shared();
+        inputs.settingsTouchedAt = [viz] { return viz->lastControlTouch(); };
+        inputs.settingsHolding = [viz] { return viz->holding(); };
+        inputs.previewArea = [viz] { return viz->lastControlKey().value_or(QString()); };
         NotchPanelController::Outputs outputs;
         outputs.logLine = [](const QString& line) { FocusLog::shared().logLine(line); };
         outputs.broadcast = [&busService](const MirlState& s) {

@@ -62,6 +62,7 @@ public:
     bool showsLibraryPreview() const;
 
     bool holding() const { return m_holding; }
+    double lastControlTouch() const { return m_lastControlTouch; }
     std::optional<QString> lastControlKey() const { return m_lastControlKey; }
 
 Q_SIGNALS:
