@@ -1,0 +1,88 @@
+#include "app/DesktopSession.h"
+
+#include "audio/AudioCaptureSettings.h"
+#include "core/FocusLog.h"
+#include "core/Preferences.h"
+#include "look/Theme.h"
+#include "panel/host/NotchPanelHost.h"
+#include "playback/MusicController.h"
+#include "playback/PlayerState.h"
+#include "visualizers/VizConfig.h"
+
+#include <QCoreApplication>
+
+namespace MirlPlayer {
+
+DesktopSession::DesktopSession()
+    : m_bridge(Preferences::shared())
+    , m_delegate(Preferences::shared(), &m_bridge)
+    , m_busService(&m_delegate.player(), m_delegate.player().clock())
+    , m_audio(m_bridge) {
+    PlayerState& player = m_delegate.player();
+    m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
+    m_busService.registerOn(QDBusConnection::sessionBus());
+    watchActivations();
+
+    // The audio engine, started by the player gate and stopped on the way out, so that no
+    // capture outlives the process.
+    player.setAudioEngineStarter([this](PlayerState& state) { m_audio.startFor(state); });
+    AppDelegate::Hooks hooks;
+    hooks.stopAudioEngine = [this](PlayerState&) { m_audio.stop(); };
+    hooks.buildPanel = [this](AppDelegate& app) { buildPanel(app); };
+    m_delegate.setHooks(std::move(hooks));
+    connect(qApp, &QCoreApplication::aboutToQuit, &m_delegate,
+            &AppDelegate::applicationWillTerminate);
+}
+
+DesktopSession::~DesktopSession() = default;
+
+void DesktopSession::launch() {
+    m_delegate.applicationDidFinishLaunching();
+}
+
+void DesktopSession::watchActivations() {
+    // Which application comes to the front, for the focus log; installed with the controller.
+    FocusLog::shared().setWatchInstaller([this] {
+        m_workspace.setActivationHandler(
+            [this](Workspace::Event event, const Workspace::Application& app) {
+                FocusLog::shared().noteActivation(event == Workspace::Event::activated
+                                                      ? QStringLiteral("ACTIVATED")
+                                                      : QStringLiteral("UNHIDDEN"),
+                                                  app.id, m_workspace.frontmost().id);
+            });
+    });
+}
+
+void DesktopSession::buildPanel(AppDelegate& app) {
+    Theme& theme = Theme::shared();
+    NotchPanelController::Inputs inputs;
+    inputs.motionSpeed = [&theme] { return theme.motionSpeed(); };
+    inputs.showVisualizer = [&theme] { return theme.showVisualizer(); };
+    inputs.positionID = [&theme] { return theme.positionID(); };
+    // A tuning slider for the library's look opens the library while it is in use.
+    VizConfig* viz = &VizConfig::shared();
+    inputs.settingsTouchedAt = [viz] { return viz->lastControlTouch(); };
+    inputs.settingsHolding = [viz] { return viz->holding(); };
+    inputs.previewArea = [viz] { return viz->lastControlKey().value_or(QString()); };
+
+    NotchPanelController::Outputs outputs;
+    outputs.logLine = [](const QString& line) { FocusLog::shared().logLine(line); };
+    outputs.broadcast = [this](const MirlState& s) {
+        m_busService.announcePanelState(s.expanded, QRectF(s.x, s.y, s.w, s.h));
+    };
+    PlayerState* player = &app.player();
+    outputs.setPollingFast = [player](bool fast) {
+        if (MusicController* controller = player->controller())
+            controller->setPollingFast(fast);
+    };
+
+    m_panel = std::make_unique<NotchPanelHost>(app.player(), inputs, outputs);
+    NotchPanelController* controller = &m_panel->controller();
+    connect(&theme, &Theme::positionIDChanged, controller,
+            &NotchPanelController::themeGeometryChanged);
+    connect(&theme, &Theme::showVisualizerChanged, controller,
+            &NotchPanelController::themeGeometryChanged);
+    m_panel->show();
+}
+
+} // namespace MirlPlayer

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "app/AppDelegate.h"
+#include "app/AudioEngineHost.h"
+#include "platform/linux/mpris/MprisPlayerBridge.h"
+#include "platform/linux/service/MirlBusService.h"
+#include "platform/linux/x11/X11Workspace.h"
+
+#include <QObject>
+#include <memory>
+
+namespace MirlPlayer {
+
+class NotchPanelHost;
+
+// The program in a Linux desktop session: the players over MPRIS, the delegate with the
+// now-playing model, the program's name on the session bus, the focus log's activation watch over
+// X11, the audio engine on PipeWire, and the panel, each wired to the others. Made once by the
+// process entry, after the shipped defaults were seeded. GUI thread.
+class DesktopSession : public QObject {
+    Q_OBJECT
+public:
+    DesktopSession();
+    ~DesktopSession() override;
+
+    // The launch sequence; runs once the event loop has started.
+    void launch();
+    AppDelegate& delegate() { return m_delegate; }
+
+private:
+    void buildPanel(AppDelegate& app);
+    void watchActivations();
+
+    MprisPlayerBridge m_bridge;
+    AppDelegate m_delegate;
+    MirlBusService m_busService;
+    X11Workspace m_workspace;
+    AudioEngineHost m_audio;
+    std::unique_ptr<NotchPanelHost> m_panel;
+};
+
+} // namespace MirlPlayer
