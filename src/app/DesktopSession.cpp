@@ -67,9 +67,8 @@ void DesktopSession::buildPanel(AppDelegate& app) {
 
     NotchPanelController::Outputs outputs;
     outputs.logLine = [](const QString& line) { FocusLog::shared().logLine(line); };
-    outputs.broadcast = [this](const MirlState& s) {
-        m_busService.announcePanelState(s.expanded, QRectF(s.x, s.y, s.w, s.h));
-    };
+    // The panel's state goes out as the signal mirlState on the program's object (the
+    // controller's own broadcast).
     PlayerState* player = &app.player();
     outputs.setPollingFast = [player](bool fast) {
         if (MusicController* controller = player->controller())

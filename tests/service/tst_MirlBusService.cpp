@@ -66,20 +66,16 @@ public:
     QList<double> m_levels = QList<double>(128, 0.05);
 };
 
-// Receives PropertiesChanged and mirlState.
+// Receives PropertiesChanged.
 class Listener : public QObject {
     Q_OBJECT
 public:
     QList<QVariantMap> changes;
-    QList<QVariantList> states;
 public Q_SLOTS:
     void propertiesChanged(const QString& interface, const QVariantMap& changed,
                            const QStringList&) {
         if (interface == u"com.kestrova.mirlpro")
             changes.append(changed);
-    }
-    void mirlState(bool expanded, double x, double y, double w, double h) {
-        states.append({expanded, x, y, w, h});
     }
 };
 
@@ -165,8 +161,6 @@ private Q_SLOTS:
         QVERIFY(client.connect("", "/com/kestrova/mirlpro", "org.freedesktop.DBus.Properties",
                                "PropertiesChanged", &listener,
                                SLOT(propertiesChanged(QString, QVariantMap, QStringList))));
-        QVERIFY(client.connect("", "/com/kestrova/mirlpro", "com.kestrova.mirlpro", "mirlState",
-                               &listener, SLOT(mirlState(bool, double, double, double, double))));
 
         // A track change: several properties in one turn.
         model.m_title = "First Light";
@@ -192,9 +186,6 @@ private Q_SLOTS:
         QTRY_COMPARE(listener.changes.size(), 2);
         QCOMPARE(listener.changes.last(), (QVariantMap{{"duration", 200.0}}));
 
-        service.announcePanelState(true, QRectF(100, 0, 420, 180));
-        QTRY_COMPARE(listener.states.size(), 1);
-        QCOMPARE(listener.states.first(), (QVariantList{true, 100.0, 0.0, 420.0, 180.0}));
         QDBusConnection::disconnectFromBus("service2");
         QDBusConnection::disconnectFromBus("client2");
     }

@@ -143,15 +143,9 @@ void MirlBusService::announceChanges() {
     m_bus.send(signal);
 }
 
-void MirlBusService::announcePanelState(bool expanded, const QRectF& frame) {
-    Q_EMIT mirlState(expanded, frame.x(), frame.y(), frame.width(), frame.height());
-}
-
 MirlBusAdaptor::MirlBusAdaptor(MirlBusService* service)
     : QDBusAbstractAdaptor(service)
-    , m_service(service) {
-    connect(service, &MirlBusService::mirlState, this, &MirlBusAdaptor::mirlState);
-}
+    , m_service(service) {}
 
 QString MirlBusAdaptor::title() const {
     return m_service->value("title").toString();

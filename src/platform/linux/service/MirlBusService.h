@@ -14,8 +14,8 @@ namespace MirlPlayer {
 // (title, artist, album, sourceName, isPlaying, duration, position, trackURI), what the program
 // hears (levels: the current 128 band levels of the player's audio; captureStatus and
 // captureNeedsAttention: the capture's status row), announces their changes with
-// org.freedesktop.DBus.Properties.PropertiesChanged, and sends the panel's mirlState signal
-// (expanded, x, y, w, h) when the panel changes.
+// org.freedesktop.DBus.Properties.PropertiesChanged. The panel's own signal, mirlState, goes out
+// on the same object and interface (see MirlStateSignal) and is declared here for introspection.
 //
 // The properties are read from the model through its meta-object by these names, so the service
 // holds no copy of its own truth. Position moves six times a second while playing and levels up
@@ -39,13 +39,7 @@ public:
     // holds the name; the program runs on without it.
     bool registerOn(const QDBusConnection& bus);
 
-    // The panel's geometry changed (expanded or not, and its rectangle in screen coordinates).
-    void announcePanelState(bool expanded, const QRectF& frame);
-
     QVariant value(const char* name) const;
-
-Q_SIGNALS:
-    void mirlState(bool expanded, double x, double y, double w, double h);
 
 private Q_SLOTS:
     void scheduleAnnouncement();
@@ -87,11 +81,7 @@ class MirlBusAdaptor : public QDBusAbstractAdaptor {
                 "    <property name=\"captureStatus\" type=\"s\" access=\"read\"/>\n"
                 "    <property name=\"captureNeedsAttention\" type=\"b\" access=\"read\"/>\n"
                 "    <signal name=\"mirlState\">\n"
-                "      <arg name=\"expanded\" type=\"b\"/>\n"
-                "      <arg name=\"x\" type=\"d\"/>\n"
-                "      <arg name=\"y\" type=\"d\"/>\n"
-                "      <arg name=\"w\" type=\"d\"/>\n"
-                "      <arg name=\"h\" type=\"d\"/>\n"
+                "      <arg name=\"state\" type=\"a{sv}\"/>\n"
                 "    </signal>\n"
                 "  </interface>\n")
     Q_PROPERTY(QString title READ title)
@@ -119,9 +109,6 @@ public:
     QList<double> levels() const;
     QString captureStatus() const;
     bool captureNeedsAttention() const;
-
-Q_SIGNALS:
-    void mirlState(bool expanded, double x, double y, double w, double h);
 
 private:
     MirlBusService* m_service;
