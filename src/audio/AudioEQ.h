@@ -5,6 +5,7 @@
 #include "audio/EQTuning.h"
 #include "audio/LoudnessMatcher.h"
 #include "audio/MainThreadHandoff.h"
+#include "audio/RollingFrame.h"
 #include "audio/Spectrum.h"
 #include "core/Clock.h"
 #include "core/SerialQueue.h"
@@ -160,7 +161,8 @@ private:
         std::vector<int> b1;
         std::vector<float> tiltDb;
         static BandMap build(int bins, int bands, double sampleRate, double tilt);
-        void apply(const float* magnitudes, const EQTuning& tuning, float* dbScratch,
+        // From the squared magnitudes of the bins to the unsmoothed band targets.
+        void apply(const float* powers, const EQTuning& tuning, float* dbScratch,
                    float* out) const;
     };
     struct LevelsFrame {
@@ -173,7 +175,12 @@ private:
         StereoCurve curve{};
     };
 
-    void analyze(const float* frame, double dt);
+    // One block of loudness-matched samples into the rings, and the analyses it makes due.
+    template <std::size_t stride>
+    void feed(const float* left, const float* right, std::size_t frames, float gain);
+    void monoFrameReady();
+    void stereoFrameReady();
+    void analyze(double dt);
     void analyzeStereo(double now);
     // The tap's rate, or 48 kHz without a tap format (or with a rate that means nothing).
     double sampleRate() const {
@@ -205,16 +212,12 @@ private:
     Spectrum m_analyzer{fftSize};
     Spectrum m_stereoL{fftSize};
     Spectrum m_stereoR{fftSize};
-    std::array<float, fftSize> m_buf{};
-    int m_bufCount = 0;
-    std::array<float, fftSize> m_bufL{};
-    std::array<float, fftSize> m_bufR{};
-    int m_bufLCount = 0;
-    int m_bufRCount = 0;
+    RollingFrame<fftSize> m_buf;
+    RollingFrame<fftSize> m_bufL;
+    RollingFrame<fftSize> m_bufR;
     std::vector<float> m_left;
     std::vector<float> m_right;
-    std::vector<float> m_mono;
-    std::array<float, fftSize / 2> m_magnitudes{};
+    std::array<float, fftSize / 2> m_powers{};
     std::array<float, fftSize / 2> m_magL{};
     std::array<float, fftSize / 2> m_magR{};
     std::array<float, bandCount> m_dbScratch{};

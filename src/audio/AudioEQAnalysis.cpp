@@ -47,25 +47,6 @@ inline float decibels(float x) {
     return dbPerOctave * log2Positive(x);
 }
 
-// Appends a block to a rolling buffer that keeps the latest `capacity` samples.
-template <std::size_t capacity>
-void appendRolling(std::array<float, capacity>& buf, int& count, const float* samples,
-                   std::size_t n) {
-    if (n >= capacity) {
-        std::memcpy(buf.data(), samples + (n - capacity), capacity * sizeof(float));
-        count = int(capacity);
-    } else if (std::size_t(count) + n <= capacity) {
-        if (n > 0)
-            std::memcpy(buf.data() + count, samples, n * sizeof(float));
-        count += int(n);
-    } else {
-        const std::size_t keep = capacity - n;
-        std::memmove(buf.data(), buf.data() + (std::size_t(count) - keep), keep * sizeof(float));
-        std::memcpy(buf.data() + keep, samples, n * sizeof(float));
-        count = int(capacity);
-    }
-}
-
 // A follower that decays towards zero for long enough walks into subnormal floats, where every
 // operation costs a hundred times more. Far below anything visible, the value is zero.
 inline float flushTiny(float v) {
@@ -80,28 +61,33 @@ int truncatedBin(double position, int limit) {
     return position >= limit ? limit : int(position);
 }
 
-MIRL_WIDE_LOOP void deinterleaveStereo(const float* s, float* l, float* r, std::size_t frames) {
-    for (std::size_t i = 0; i < frames; ++i) {
-        l[i] = s[2 * i];
-        r[i] = s[2 * i + 1];
-    }
-}
-
-// Scales both channels into l and r (which may be the inputs themselves) and mixes them to mono.
-MIRL_WIDE_LOOP void scaleAndMix(const float* left, const float* right, float gain, float* l,
-                                float* r, float* mono, std::size_t n) {
+// Both channels scaled by the loudness gain, and their mix to mono, in one pass.
+template <std::size_t stride>
+MIRL_WIDE_LOOP void spreadInto(const float* left, const float* right, float gain, float* mono,
+                               float* l, float* r, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
-        const float a = left[i] * gain;
-        const float b = right[i] * gain;
+        const float a = left[i * stride] * gain;
+        const float b = right[i * stride] * gain;
+        mono[i] = (a + b) * 0.5f;
         l[i] = a;
         r[i] = b;
-        mono[i] = (a + b) * 0.5f;
     }
 }
 
-MIRL_WIDE_LOOP void mixMono(const float* left, const float* right, float* mono, std::size_t n) {
+// Samples of one channel scaled by the loudness gain, from a block whose frames are `stride`
+// floats apart.
+template <std::size_t stride>
+MIRL_WIDE_LOOP void scaledInto(const float* x, float gain, float* out, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i)
-        mono[i] = (left[i] + right[i]) * 0.5f;
+        out[i] = x[i * stride] * gain;
+}
+
+// Both channels scaled by the loudness gain and mixed to mono.
+template <std::size_t stride>
+MIRL_WIDE_LOOP void mixedInto(const float* left, const float* right, float gain, float* out,
+                              std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i)
+        out[i] = (left[i * stride] * gain + right[i * stride] * gain) * 0.5f;
 }
 
 MIRL_WIDE_LOOP bool anyAbove(const float* x, std::size_t n, float threshold) {
@@ -111,7 +97,40 @@ MIRL_WIDE_LOOP bool anyAbove(const float* x, std::size_t n, float threshold) {
     return count > 0;
 }
 
-// Sum and pan column of every bin between first and last.
+// One step of an attack/release follower over n values: each moves towards its target by the
+// `rise` share when below it, by the `fall` share otherwise.
+MIRL_WIDE_LOOP void follow(float* __restrict value, const float* __restrict target, float rise,
+                           float fall, int n) {
+    for (int i = 0; i < n; ++i) {
+        const float k = value[i] < target[i] ? rise : fall;
+        value[i] = flushTiny(value[i] + (target[i] - value[i]) * k);
+    }
+}
+
+// The level in dB of each band's loudest bin, from its power, tilted.
+MIRL_WIDE_LOOP void peakDecibels(float* peaks, const float* tiltDb, int n) {
+    for (int i = 0; i < n; ++i)
+        peaks[i] = decibels(std::sqrt(peaks[i]) + 1e-9f) + tiltDb[i];
+}
+
+// The level curve with the usual contrast of 2: the dB range from the floor to 0 dB onto 0...1,
+// squared, scaled by the gain, at most 1.
+MIRL_WIDE_LOOP void squareCurve(const float* db, float floorDb, float gain, float* out, int n) {
+    const float span = 0.0f - floorDb;
+    for (int i = 0; i < n; ++i) {
+        const float x = std::clamp((db[i] - floorDb) / span, 0.0f, 1.0f);
+        out[i] = std::min(1.0f, gain * (x * x));
+    }
+}
+
+// 20 x log10(x[i] + floor) for n values.
+MIRL_WIDE_LOOP void decibelsOf(const float* x, float floor, float* out, int n) {
+    for (int i = 0; i < n; ++i)
+        out[i] = decibels(x[i] + floor);
+}
+
+// Sum and pan column of every bin between first and last. A bin too quiet to place goes to the
+// spare column `columnCount`, which nobody reads, so that placing needs no branch.
 MIRL_WIDE_LOOP void panColumns(const float* magL, const float* magR, int first, int last,
                                float* sums, int* columns, int columnCount) {
     for (int k = first; k <= last; ++k) {
@@ -121,7 +140,50 @@ MIRL_WIDE_LOOP void panColumns(const float* magL, const float* magR, int first, 
         // rounds halves away from zero.
         const float x = (pan + 1.0f) * 0.5f * float(columnCount - 1) + 0.5f;
         sums[k] = s;
-        columns[k] = std::clamp(int(x), 0, columnCount - 1);
+        columns[k] = s >= 1e-7f ? std::clamp(int(x), 0, columnCount - 1) : columnCount;
+    }
+}
+
+// Eight and four floats as one value, for the band peaks below; the compiler maps operations on
+// them to vector instructions of whatever width the target has.
+typedef float Floats8 __attribute__((vector_size(32)));
+typedef float Floats4 __attribute__((vector_size(16)));
+
+template <typename V> V loadFloats(const float* p) {
+    V v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
+}
+
+// Element-wise max as std::max computes it: where the second is not larger (NaN included), the
+// first stays.
+template <typename V> V maxFloats(V a, V b) {
+    return a < b ? b : a;
+}
+
+// The largest value of each band's bins. A band is read in overlapping vectors, the last one
+// ending on the band's last bin: reading a bin twice does not change a maximum, and it spares the
+// loop over the leftover bins, whose comparisons would wait on each other one by one.
+MIRL_WIDE_LOOP void bandPeaks(const float* x, const int* b0, const int* b1, int bands,
+                              float* out) {
+    for (int i = 0; i < bands; ++i) {
+        const int first = b0[i];
+        const int last = b1[i];
+        const int width = last - first + 1;
+        Floats4 peak4 = {0, 0, 0, 0};
+        if (width >= 8) {
+            Floats8 peak8 = loadFloats<Floats8>(x + last - 7);
+            for (int k = first; k + 8 <= last + 1; k += 8)
+                peak8 = maxFloats(peak8, loadFloats<Floats8>(x + k));
+            peak4 = maxFloats(Floats4{peak8[0], peak8[1], peak8[2], peak8[3]},
+                              Floats4{peak8[4], peak8[5], peak8[6], peak8[7]});
+        } else if (width >= 4) {
+            peak4 = maxFloats(loadFloats<Floats4>(x + first), loadFloats<Floats4>(x + last - 3));
+        } else {
+            for (int k = first; k <= last; ++k)
+                peak4[0] = std::max(peak4[0], x[k]);
+        }
+        out[i] = std::max(std::max(peak4[0], peak4[1]), std::max(peak4[2], peak4[3]));
     }
 }
 
@@ -155,6 +217,16 @@ void AudioEQ::processBlock(std::span<const AudioBuffer> buffers) {
     const TapFormat format = *m_tapASBD;
     if (buffers.empty() || !buffers[0].data)
         return;
+    const bool matchLoudness = m_matchLoudness.load(std::memory_order_relaxed);
+
+    if (!format.nonInterleaved && format.channelsPerFrame == 2) {
+        // The common case, taken straight from the interleaved block into the rings.
+        const float* s = buffers[0].data;
+        const std::size_t frames = buffers[0].byteSize / sizeof(float) / 2;
+        const float gain = m_loudness.gainInterleaved(s, frames, format.sampleRate, matchLoudness);
+        feed<2>(s, s + 1, frames, gain);
+        return;
+    }
 
     const float* left = nullptr;
     const float* right = nullptr;
@@ -171,6 +243,7 @@ void AudioEQ::processBlock(std::span<const AudioBuffer> buffers) {
             rightCount = leftCount;
         }
     } else {
+        // Mono, or more than two channels: the first two (or the one, twice) are taken apart.
         const std::size_t n = buffers[0].byteSize / sizeof(float);
         const std::size_t channels = format.channelsPerFrame;
         if (channels <= n) {
@@ -178,16 +251,10 @@ void AudioEQ::processBlock(std::span<const AudioBuffer> buffers) {
             ensureSize(m_left, frames);
             ensureSize(m_right, frames);
             const float* s = buffers[0].data;
-            float* l = m_left.data();
-            float* r = m_right.data();
-            if (channels == 2) {
-                deinterleaveStereo(s, l, r, frames);
-            } else {
-                const std::size_t rightOffset = channels >= 2 ? 1 : 0;
-                for (std::size_t i = 0; i < frames; ++i) {
-                    l[i] = s[i * channels];
-                    r[i] = s[i * channels + rightOffset];
-                }
+            const std::size_t rightOffset = channels >= 2 ? 1 : 0;
+            for (std::size_t i = 0; i < frames; ++i) {
+                m_left[i] = s[i * channels];
+                m_right[i] = s[i * channels + rightOffset];
             }
             left = m_left.data();
             right = m_right.data();
@@ -196,48 +263,65 @@ void AudioEQ::processBlock(std::span<const AudioBuffer> buffers) {
     }
     if (leftCount != rightCount)
         return;
-    const std::size_t n = leftCount;
+    const float gain =
+        m_loudness.gain(left, leftCount, right, rightCount, format.sampleRate, matchLoudness);
+    feed<1>(left, right, leftCount, gain);
+}
 
-    const float gain = m_loudness.gain(left, n, right, n, format.sampleRate,
-                                       m_matchLoudness.load(std::memory_order_relaxed));
-    ensureSize(m_mono, n);
-    if (gain != 1.0f) {
-        // Scale private copies: the delivered buffers belong to the backend.
-        ensureSize(m_left, n);
-        ensureSize(m_right, n);
-        scaleAndMix(left, right, gain, m_left.data(), m_right.data(), m_mono.data(), n);
-        left = m_left.data();
-        right = m_right.data();
-    } else {
-        mixMono(left, right, m_mono.data(), n);
+template <std::size_t stride>
+void AudioEQ::feed(const float* left, const float* right, std::size_t frames, float gain) {
+    // Both paths see the loudness-matched samples; the delivered buffers belong to the backend
+    // and are only read. The three rings normally stand together and are filled in one pass.
+    const bool together = RollingFrame<fftSize>::writeTogether<3>(
+        {&m_buf, &m_bufL, &m_bufR}, frames,
+        [&](const std::array<float*, 3>& to, std::size_t from, std::size_t count) {
+            spreadInto<stride>(left + from * stride, right + from * stride, gain, to[0], to[1],
+                               to[2], count);
+        });
+    if (together) {
+        monoFrameReady();
+        stereoFrameReady();
+        return;
     }
-
-    processMono(m_mono.data(), n);
-    processStereo(left, right, n);
+    m_buf.write(frames, [&](float* to, std::size_t from, std::size_t count) {
+        mixedInto<stride>(left + from * stride, right + from * stride, gain, to, count);
+    });
+    monoFrameReady();
+    m_bufL.write(frames, [&](float* to, std::size_t from, std::size_t count) {
+        scaledInto<stride>(left + from * stride, gain, to, count);
+    });
+    m_bufR.write(frames, [&](float* to, std::size_t from, std::size_t count) {
+        scaledInto<stride>(right + from * stride, gain, to, count);
+    });
+    stereoFrameReady();
 }
 
 // ---- mono levels ----------------------------------------------------------------------------
 
 void AudioEQ::processMono(const float* samples, std::size_t count) {
-    appendRolling(m_buf, m_bufCount, samples, count);
-    if (m_bufCount != fftSize)
+    m_buf.append(samples, count);
+    monoFrameReady();
+}
+
+void AudioEQ::monoFrameReady() {
+    if (!m_buf.isFull())
         return;
     // Every block analyses the latest full frame, whatever its size: the overlap follows the
     // device's block size, and dt is measured, not counted in samples.
     const double now = m_clock.now();
     const double dt = std::clamp(now - m_lastProcess, 0.001, 0.1);
     m_lastProcess = now;
-    analyze(m_buf.data(), dt);
+    analyze(dt);
 }
 
-void AudioEQ::analyze(const float* frame, double dt) {
+void AudioEQ::analyze(double dt) {
     const EQTuning& t = tuning();
     const double rate = sampleRate();
     if (m_bandMap.sampleRate != rate || m_bandMap.bins != fftSize / 2)
         m_bandMap = BandMap::build(fftSize / 2, bandCount, rate, t.tilt);
     // The bands end at 16 kHz; the bins above it are never read.
-    m_analyzer.magnitudes(frame, m_magnitudes.data(), m_bandMap.b1.back() + 1);
-    m_bandMap.apply(m_magnitudes.data(), t, m_dbScratch.data(), m_target.data());
+    m_analyzer.powers(m_buf.data(), int(m_buf.start()), m_powers.data(), m_bandMap.b1.back() + 1);
+    m_bandMap.apply(m_powers.data(), t, m_dbScratch.data(), m_target.data());
 
     // Rise emphasis: a band that jumps is pushed further, so that beats read as beats.
     if (t.punch > 0 && m_hasPrevTarget) {
@@ -257,10 +341,7 @@ void AudioEQ::analyze(const float* frame, double dt) {
     const double releaseTau = std::max(t.release * s, 0.02);
     const float rise = float(1.0 - std::exp(-dt / attackTau));
     const float fall = float(1.0 - std::exp(-dt / releaseTau));
-    for (int i = 0; i < bandCount; ++i) {
-        const float k = m_smoothed[i] < m_shaped[i] ? rise : fall;
-        m_smoothed[i] = flushTiny(m_smoothed[i] + (m_shaped[i] - m_smoothed[i]) * k);
-    }
+    follow(m_smoothed.data(), m_shaped.data(), rise, fall, bandCount);
 
     // Only delivery is limited: the follower above advances on every frame. The levels are the
     // follower scaled by the sensitivity, and only a delivery needs them.
@@ -288,7 +369,7 @@ void AudioEQ::analyze(const float* frame, double dt) {
         }
     }
 
-    const bool hasSignal = anyAbove(frame, fftSize, 1e-6f);
+    const bool hasSignal = anyAbove(m_buf.data(), fftSize, 1e-6f);
 
     LevelsFrame& out = m_levelsOut.back();
     out.generation = m_captureGeneration;
@@ -321,17 +402,13 @@ AudioEQ::BandMap AudioEQ::BandMap::build(int bins, int bands, double sampleRate,
     return map;
 }
 
-void AudioEQ::BandMap::apply(const float* magnitudes, const EQTuning& t, float* db,
+void AudioEQ::BandMap::apply(const float* powers, const EQTuning& t, float* db,
                              float* out) const {
     const int bands = int(b0.size());
-    for (int i = 0; i < bands; ++i) {
-        float peak = 0;
-        for (int k = b0[std::size_t(i)]; k <= b1[std::size_t(i)]; ++k)
-            peak = std::max(peak, magnitudes[k]);
-        db[i] = peak;
-    }
-    for (int i = 0; i < bands; ++i)
-        db[i] = decibels(db[i] + 1e-9f) + tiltDb[std::size_t(i)];
+    // The loudest bin of a band has the largest power as well as the largest magnitude; only the
+    // peaks need their square roots.
+    bandPeaks(powers, b0.data(), b1.data(), bands, db);
+    peakDecibels(db, tiltDb.data(), bands);
     if (t.sharpness > 0) {
         // An unsharp mask across bands; the means come from the untouched values.
         float means[bandCount];
@@ -354,13 +431,16 @@ void AudioEQ::BandMap::apply(const float* magnitudes, const EQTuning& t, float* 
             db[i] += sharpness * (db[i] - mean[i]);
     }
     const float floorDb = float(t.dbFloor);
-    const float span = 0.0f - floorDb;
     const float gain = float(t.gain);
     const float contrast = float(t.contrast);
+    if (contrast == 2.0f) {
+        squareCurve(db, floorDb, gain, out, bands);
+        return;
+    }
+    const float span = 0.0f - floorDb;
     for (int i = 0; i < bands; ++i) {
         const float x = std::clamp((db[i] - floorDb) / span, 0.0f, 1.0f);
-        const float shaped = contrast == 2.0f ? x * x : std::pow(x, contrast);
-        out[i] = std::min(1.0f, gain * shaped);
+        out[i] = std::min(1.0f, gain * std::pow(x, contrast));
     }
 }
 
@@ -369,18 +449,25 @@ std::vector<float> AudioEQ::bandLevels(const float* magnitudes, int bins, int ba
     if (bands <= 0 || bins < 2)
         return {};
     const BandMap map = BandMap::build(bins, bands, sampleRate, tuning.tilt);
+    std::vector<float> powers(static_cast<std::size_t>(bins));
+    for (int k = 0; k < bins; ++k)
+        powers[std::size_t(k)] = magnitudes[k] * magnitudes[k];
     std::vector<float> db(static_cast<std::size_t>(bands));
     std::vector<float> out(static_cast<std::size_t>(bands));
-    map.apply(magnitudes, tuning, db.data(), out.data());
+    map.apply(powers.data(), tuning, db.data(), out.data());
     return out;
 }
 
 // ---- stereo field ---------------------------------------------------------------------------
 
 void AudioEQ::processStereo(const float* left, const float* right, std::size_t count) {
-    appendRolling(m_bufL, m_bufLCount, left, count);
-    appendRolling(m_bufR, m_bufRCount, right, count);
-    if (m_bufLCount != fftSize || m_bufRCount != fftSize)
+    m_bufL.append(left, count);
+    m_bufR.append(right, count);
+    stereoFrameReady();
+}
+
+void AudioEQ::stereoFrameReady() {
+    if (!m_bufL.isFull() || !m_bufR.isFull())
         return;
     // The limit sits before the transforms: two of them are the costliest step here.
     const double now = m_clock.now();
@@ -395,8 +482,8 @@ void AudioEQ::analyzeStereo(double now) {
     const double nyquist = sampleRate() * 0.5;
     const int first = std::max(truncatedBin(40.0 / nyquist * n, n), 1);
     const int last = std::min(n - 1, truncatedBin(16000.0 / nyquist * n, n));
-    m_stereoL.magnitudes(m_bufL.data(), m_magL.data(), last + 1);
-    m_stereoR.magnitudes(m_bufR.data(), m_magR.data(), last + 1);
+    m_stereoL.magnitudes(m_bufL.data(), int(m_bufL.start()), m_magL.data(), last + 1);
+    m_stereoR.magnitudes(m_bufR.data(), int(m_bufR.start()), m_magR.data(), last + 1);
 
     std::array<float, stereoCols> cols{};
     if (first < last) {
@@ -405,27 +492,30 @@ void AudioEQ::analyzeStereo(double now) {
         int* columns = m_stereoColumn.data();
         panColumns(m_magL.data(), m_magR.data(), first, last, sums, columns, stereoCols);
         // Each column keeps its peak, not the sum. Neighbouring bins mostly land in the same
-        // column; four partial maxima keep them from waiting on each other.
-        std::array<std::array<float, stereoCols>, 4> lanes{};
+        // column; eight partial maxima keep them from waiting on each other. The last column of
+        // each is the spare one of the bins too quiet to place.
+        constexpr int lanes = 8;
+        std::array<std::array<float, stereoCols + 1>, lanes> partial{};
         for (int k = first; k <= last; ++k) {
-            const float s = sums[k];
-            if (!(s >= 1e-7f))
-                continue; // too quiet to place
-            float& peak = lanes[std::size_t(k & 3)][std::size_t(columns[k])];
-            peak = std::max(peak, s);
+            float& peak = partial[std::size_t(k % lanes)][std::size_t(columns[k])];
+            peak = std::max(peak, sums[k]);
         }
-        for (int c = 0; c < stereoCols; ++c)
-            cols[c] =
-                std::max(std::max(lanes[0][c], lanes[1][c]), std::max(lanes[2][c], lanes[3][c]));
+        for (const auto& lane : partial) {
+            for (int c = 0; c < stereoCols; ++c)
+                cols[c] = std::max(cols[c], lane[c]);
+        }
     }
 
-    constexpr float kernel[5] = {0.12f, 0.22f, 0.32f, 0.22f, 0.12f};
-    std::array<float, stereoCols> spread{};
+    // The columns with two copies of each end value on either side: the kernel's taps beyond
+    // the ends repeat them.
+    std::array<float, stereoCols + 4> padded;
+    padded[0] = padded[1] = cols[0];
+    std::copy(cols.begin(), cols.end(), padded.begin() + 2);
+    padded[stereoCols + 2] = padded[stereoCols + 3] = cols[stereoCols - 1];
+    std::array<float, stereoCols> spread;
     for (int c = 0; c < stereoCols; ++c) {
-        float sum = 0;
-        for (int j = -2; j <= 2; ++j)
-            sum += kernel[j + 2] * cols[std::clamp(c + j, 0, stereoCols - 1)];
-        spread[c] = sum;
+        const float* p = padded.data() + c;
+        spread[c] = 0.12f * p[0] + 0.22f * p[1] + 0.32f * p[2] + 0.22f * p[3] + 0.12f * p[4];
     }
 
     const double dt = std::clamp(now - m_lastStereoTime, 0.005, 0.1);
@@ -433,17 +523,11 @@ void AudioEQ::analyzeStereo(double now) {
     const float s = float(m_vizConfig.value(smoothingKey) * 2.8 + 0.4);
     const float a = std::exp(float(dt) / (s * -0.02f));
     const float r = std::exp(float(dt) / (s * -0.09f));
-    std::array<float, stereoCols> window{};
-    for (int c = 0; c < stereoCols; ++c) {
-        // A window of 70 dB below full scale.
-        window[c] = std::clamp((decibels(spread[c] + 1e-6f) + 70.0f) / 70.0f, 0.0f, 1.0f);
-    }
-    for (int c = 0; c < stereoCols; ++c) {
-        const float x = window[c];
-        const float k = m_smoothedStereo[c] < x ? a : r;
-        m_smoothedStereo[c] =
-            flushTiny(m_smoothedStereo[c] + (x - m_smoothedStereo[c]) * (1.0f - k));
-    }
+    std::array<float, stereoCols> window;
+    decibelsOf(spread.data(), 1e-6f, window.data(), stereoCols);
+    for (float& x : window) // a window of 70 dB below full scale
+        x = std::clamp((x + 70.0f) / 70.0f, 0.0f, 1.0f);
+    follow(m_smoothedStereo.data(), window.data(), 1.0f - a, 1.0f - r, stereoCols);
 
     if (debugEnabled()) {
         ++m_stereoDebugFrames;
@@ -478,9 +562,9 @@ void AudioEQ::captureReset() {
     m_captureGeneration = QUuid::createUuid();
     m_loudness.reset();
     m_tapASBD.reset();
-    m_bufCount = 0;
-    m_bufLCount = 0;
-    m_bufRCount = 0;
+    m_buf.clear();
+    m_bufL.clear();
+    m_bufR.clear();
     m_hasPrevTarget = false;
     m_smoothed.fill(0.0f);
     m_smoothedStereo.fill(0.0f);

@@ -8,12 +8,13 @@ namespace MirlPlayer {
 
 namespace {
 
+// Sixteen independent partial sums, two vectors of them: the loop vectorises, its additions do not
+// wait on each other, and no sum grows long enough to lose precision within a block.
+constexpr std::size_t lanes = 16;
+
 MIRL_WIDE_LOOP double meanSquare(const float* x, std::size_t n) {
     if (n == 0)
         return 0.0;
-    // Eight independent partial sums: the loop vectorises, and no sum grows long enough to lose
-    // precision within a block.
-    constexpr std::size_t lanes = 8;
     float partial[lanes] = {};
     std::size_t i = 0;
     for (; i + lanes <= n; i += lanes) {
@@ -28,6 +29,25 @@ MIRL_WIDE_LOOP double meanSquare(const float* x, std::size_t n) {
     return sum / double(n);
 }
 
+// The mean squares of both channels of interleaved stereo in one pass: with an even number of
+// lanes, the even ones only ever see left samples and the odd ones right samples.
+MIRL_WIDE_LOOP void meanSquares(const float* x, std::size_t frames, double& left, double& right) {
+    const std::size_t n = frames * 2;
+    float partial[lanes] = {};
+    std::size_t i = 0;
+    for (; i + lanes <= n; i += lanes) {
+        for (std::size_t j = 0; j < lanes; ++j)
+            partial[j] += x[i + j] * x[i + j];
+    }
+    double sums[2] = {0.0, 0.0};
+    for (; i < n; ++i)
+        sums[i & 1] += double(x[i]) * double(x[i]);
+    for (std::size_t j = 0; j < lanes; ++j)
+        sums[j & 1] += double(partial[j]);
+    left = frames ? sums[0] / double(frames) : 0.0;
+    right = frames ? sums[1] / double(frames) : 0.0;
+}
+
 } // namespace
 
 float LoudnessMatcher::gain(const float* left, std::size_t leftCount, const float* right,
@@ -37,10 +57,26 @@ float LoudnessMatcher::gain(const float* left, std::size_t leftCount, const floa
     if (!enabled)
         return 1.0f;
     const float m = float((meanSquare(left, leftCount) + meanSquare(right, rightCount)) * 0.5);
+    return gainFor(m, leftCount, sampleRate);
+}
+
+float LoudnessMatcher::gainInterleaved(const float* samples, std::size_t frames, double sampleRate,
+                                       bool enabled) {
+    if (frames == 0)
+        return 1.0f;
+    if (!enabled)
+        return 1.0f;
+    double left = 0.0;
+    double right = 0.0;
+    meanSquares(samples, frames, left, right);
+    return gainFor(float((left + right) * 0.5), frames, sampleRate);
+}
+
+float LoudnessMatcher::gainFor(float m, std::size_t frames, double sampleRate) {
     float level = energy;
     // In single precision, so that a block at exactly -50 dB lands on the gate and stays out.
     if (10.0f * std::log10(m + 1e-12f) > -50.0f) {
-        const double dt = double(leftCount) / std::max(sampleRate, 1.0);
+        const double dt = double(frames) / std::max(sampleRate, 1.0);
         if (energy != 0.0f) {
             const double tau = heard < 2.0 ? 0.5 : 1.5;
             energy += float((m - energy) * (1.0 - std::exp(-dt / tau)));

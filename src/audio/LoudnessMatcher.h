@@ -15,7 +15,13 @@ struct LoudnessMatcher {
     // Called once per block. With matching off, it returns 1 and learns nothing.
     float gain(const float* left, std::size_t leftCount, const float* right, std::size_t rightCount,
                double sampleRate, bool enabled);
+    // The same for a block of interleaved stereo: `frames` pairs of left and right samples.
+    float gainInterleaved(const float* samples, std::size_t frames, double sampleRate, bool enabled);
     void reset();
+
+private:
+    // From the block's mean square (over both channels) and its length to the gain.
+    float gainFor(float meanSquare, std::size_t frames, double sampleRate);
 };
 
 } // namespace MirlPlayer

@@ -4,6 +4,7 @@
 #include <QtGlobal>
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <mutex>
 
 namespace MirlPlayer {
@@ -20,18 +21,38 @@ std::mutex& plannerMutex() {
 // The scale of the normalised Hann window: its root mean square is 1.
 constexpr double hannNorm = 0.8165;
 
-// The two loops around the transform run on every frame.
-MIRL_WIDE_LOOP void applyWindow(const float* samples, const float* window, float* in, int n) {
-    for (int i = 0; i < n; ++i)
-        in[i] = samples[i] * window[i];
+// Bins 1 ... count - 1 of the windowed frame, from the transform (re, im) of the frame rotated so
+// that it starts at a ring position whose phase factor is (c, s). The periodic Hann window
+// multiplies the samples by h - h/2 (e^(i theta n) + e^(-i theta n)), which moves each bin
+// half-way towards its neighbours: Xw[k] = h (X[k] - X[k-1] / 2 - X[k+1] / 2). Undoing the
+// rotation turns X[k] into the transform's bin k times the k-th power of the phase factor; only
+// the magnitude is kept, so that power is divided out and the neighbours are turned by the factor
+// and its conjugate. `scale` includes h; `squared` keeps the square of each magnitude.
+// Separates (re, im) pairs into two arrays, so that the loop after it reads neighbours with plain
+// loads instead of shuffling pairs apart for every bin.
+MIRL_WIDE_LOOP void split(const float* pairs, float* re, float* im, int n) {
+    for (int k = 0; k < n; ++k) {
+        re[k] = pairs[2 * k];
+        im[k] = pairs[2 * k + 1];
+    }
 }
 
-MIRL_WIDE_LOOP void magnitudesOf(const float* x, float* out, int half, float scale) {
-    // x holds half + 1 complex bins as (re, im) pairs.
-    for (int k = 1; k < half; ++k) {
-        const float re = x[2 * k];
-        const float im = x[2 * k + 1];
-        out[k] = std::sqrt(re * re + im * im) * scale;
+template <bool squared>
+MIRL_WIDE_LOOP void windowedBins(const float* re, const float* im, float* out, int count, float c,
+                                 float s, float scale) {
+    const float c2 = 0.5f * c;
+    const float s2 = 0.5f * s;
+    for (int k = 1; k < count; ++k) {
+        const float a = re[k - 1];
+        const float b = im[k - 1];
+        const float p = re[k + 1];
+        const float q = im[k + 1];
+        const float x = re[k] - (c2 * (a + p) + s2 * (b - q));
+        const float y = im[k] - (c2 * (b + q) + s2 * (p - a));
+        if constexpr (squared)
+            out[k] = (x * x + y * y) * scale;
+        else
+            out[k] = std::sqrt(x * x + y * y) * scale;
     }
 }
 
@@ -46,39 +67,102 @@ void Spectrum::PlanDestroy::operator()(fftwf_plan_s* plan) const {
     fftwf_destroy_plan(plan);
 }
 
+fftwf_plan Spectrum::plan(int size, float* in, fftwf_complex* out) {
+    std::lock_guard lock(plannerMutex());
+    return fftwf_plan_dft_r2c_1d(size, in, out, FFTW_MEASURE | FFTW_PRESERVE_INPUT);
+}
+
 Spectrum::Spectrum(int size)
     : m_size(size)
     , m_half(size / 2)
     , m_log2n(size > 0 ? unsigned(std::log2(double(size))) : 0) {
     if (size < 2)
         qFatal("Spectrum: a transform needs at least two samples, not %d", size);
-    m_window.reset(static_cast<float*>(fftwf_malloc(sizeof(float) * size_t(size))));
-    m_in.reset(static_cast<float*>(fftwf_malloc(sizeof(float) * size_t(size))));
-    m_out.reset(
-        static_cast<fftwf_complex*>(fftwf_malloc(sizeof(fftwf_complex) * size_t(m_half + 1))));
-    if (!m_window || !m_in || !m_out)
+    const auto floats = [](int n) { return static_cast<float*>(fftwf_malloc(sizeof(float) * n)); };
+    m_in.reset(floats(size));
+    m_out.reset(static_cast<fftwf_complex*>(fftwf_malloc(sizeof(fftwf_complex) * (m_half + 1))));
+    m_re.reset(floats(m_half + 1));
+    m_im.reset(floats(m_half + 1));
+    if (!m_in || !m_out || !m_re || !m_im)
         qFatal("Spectrum: no memory for a %d-point transform", size);
-    {
-        // FFTW_MEASURE scribbles over the arrays while it plans; they are filled afterwards.
-        std::lock_guard lock(plannerMutex());
-        m_setup.reset(fftwf_plan_dft_r2c_1d(size, m_in.get(), m_out.get(), FFTW_MEASURE));
-    }
+    // FFTW_MEASURE scribbles over the arrays while it plans; they are filled afterwards.
+    m_setup.reset(plan(size, m_in.get(), m_out.get()));
     if (!m_setup)
         qFatal("Spectrum: FFTW could not plan a %d-point transform", size);
-    for (int n = 0; n < size; ++n)
-        m_window[n] = float(hannNorm * (1.0 - std::cos(2.0 * M_PI * n / size)));
+    m_alignment = fftwf_alignment_of(m_in.get());
+    if (size % 4 == 0) {
+        m_quarterCosine.resize(std::size_t(size / 4 + 1));
+        for (int j = 0; j <= size / 4; ++j)
+            m_quarterCosine[std::size_t(j)] = float(std::cos(2.0 * M_PI * j / size));
+    }
+}
+
+float Spectrum::cosineAt(int j) const {
+    // j is within -size ... 2 size here; the division of a general remainder costs more than
+    // the table saves.
+    if (j < 0)
+        j += m_size;
+    else if (j >= m_size)
+        j -= m_size;
+    if (m_quarterCosine.empty())
+        return float(std::cos(2.0 * M_PI * j / m_size));
+    const int quarter = m_size / 4;
+    if (j <= quarter)
+        return m_quarterCosine[std::size_t(j)];
+    if (j <= 2 * quarter)
+        return -m_quarterCosine[std::size_t(2 * quarter - j)];
+    if (j <= 3 * quarter)
+        return -m_quarterCosine[std::size_t(j - 2 * quarter)];
+    return m_quarterCosine[std::size_t(m_size - j)];
 }
 
 Spectrum::~Spectrum() = default;
 
-void Spectrum::magnitudes(const float* samples, float* out, int count) {
-    applyWindow(samples, m_window.get(), m_in.get(), m_size);
-    fftwf_execute(m_setup.get());
+void Spectrum::magnitudes(const float* ring, int start, float* out, int count) {
+    windowed(ring, start, out, count, false);
+}
+
+void Spectrum::powers(const float* ring, int start, float* out, int count) {
+    windowed(ring, start, out, count, true);
+}
+
+void Spectrum::windowed(const float* ring, int start, float* out, int count, bool squared) {
+    if (start < 0 || start >= m_size)
+        start = ((start % m_size) + m_size) % m_size;
+    // The plan never writes to its input, so the caller's samples are read where they are. FFTW
+    // only allows that for input aligned as the planned buffer was; anything else is copied into
+    // that buffer first, unrotated on the way.
+    float* in = const_cast<float*>(ring);
+    if (fftwf_alignment_of(in) != m_alignment) {
+        std::memcpy(m_in.get(), ring + start, sizeof(float) * size_t(m_size - start));
+        std::memcpy(m_in.get() + (m_size - start), ring, sizeof(float) * size_t(start));
+        in = m_in.get();
+        start = 0;
+    }
+    fftwf_execute_dft_r2c(m_setup.get(), in, m_out.get());
     ++m_transforms;
-    const fftwf_complex* x = m_out.get();
-    const float scale = 2.0f / float(m_size);
-    out[0] = std::sqrt(x[0][0] * x[0][0] + x[m_half][0] * x[m_half][0]) * scale;
-    magnitudesOf(reinterpret_cast<const float*>(x), out, std::clamp(count, 1, m_half), scale);
+    // The bins the windowing reads: up to one past the last one kept.
+    const int last = std::clamp(count, 1, m_half);
+    split(reinterpret_cast<const float*>(m_out.get()), m_re.get(), m_im.get(), last + 1);
+    const float* re = m_re.get();
+    const float* im = m_im.get();
+
+    const float c = cosineAt(start);
+    const float s = cosineAt(start - m_size / 4);
+    const float scale = float(hannNorm * 2.0 / double(m_size));
+    // DC and Nyquist: their neighbours outside 0 ... half are the conjugates of those inside, so
+    // each loses the real part of its one inner neighbour, turned back by the rotation.
+    const float dc = re[0] - (re[1] * c - im[1] * s);
+    const float* y = reinterpret_cast<const float*>(m_out.get());
+    const float nyquist = y[2 * m_half] - (y[2 * m_half - 2] * c + y[2 * m_half - 1] * s);
+    const float packed = (dc * dc + nyquist * nyquist) * scale * scale;
+    if (squared) {
+        out[0] = packed;
+        windowedBins<true>(re, im, out, last, c, s, scale * scale);
+    } else {
+        out[0] = std::sqrt(packed);
+        windowedBins<false>(re, im, out, last, c, s, scale);
+    }
 }
 
 std::vector<float> Spectrum::magnitudes(const std::vector<float>& samples) {

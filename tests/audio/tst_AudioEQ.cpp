@@ -441,6 +441,79 @@ private Q_SLOTS:
         QVERIFY(moved.pushAndTake(block)[68] < plain.pushAndTake(block)[68]);
     }
 
+    // ---- the rolling frames ----
+
+    void aFrameIsTheSameWhereverItsRingsStand_data() {
+        QTest::addColumn<QString>("delivery");
+        QTest::newRow("interleaved, wrapping") << "interleaved";
+        QTest::newRow("planar, wrapping") << "planar";
+        QTest::newRow("rings standing apart") << "apart";
+        QTest::newRow("one block longer than a frame") << "long";
+    }
+    void aFrameIsTheSameWhereverItsRingsStand() {
+        // Two panned tones over 2500 frames. The reference gets the last 2048 as one block, so
+        // its frame starts at the start of its rings; the others get all 2500 in pieces, so
+        // their rings wrap and the frame starts part-way through them. Both analyse that one
+        // frame, once, at the same moment.
+        QFETCH(QString, delivery);
+        std::vector<float> audio = sine(440, 0.3, 2500, 2, 1.0, 0.4);
+        const std::vector<float> high = sine(5000, 0.2, 2500, 2, 0.2, 1.0);
+        for (std::size_t i = 0; i < audio.size(); ++i)
+            audio[i] += high[i];
+        const auto frames = [&audio](int from, int count) {
+            return std::vector<float>(audio.begin() + 2 * from, audio.begin() + 2 * (from + count));
+        };
+        const auto planes = [](const std::vector<float>& interleaved) {
+            std::vector<float> p(interleaved.size());
+            const std::size_t n = interleaved.size() / 2;
+            for (std::size_t i = 0; i < n; ++i) {
+                p[i] = interleaved[2 * i];
+                p[n + i] = interleaved[2 * i + 1];
+            }
+            return p;
+        };
+
+        Rig reference;
+        reference.clock.set(0.05);
+        reference.push(frames(452, 2048));
+        reference.deliver();
+
+        Rig rig;
+        rig.clock.set(0.05);
+        if (delivery == "planar") {
+            const TapFormat format{rate, true, 2, true};
+            for (const auto& [from, count] : {std::pair{0, 1000}, std::pair{1000, 1500}})
+                rig.eq->processBlock(planes(frames(from, count)).data(), std::size_t(count), format);
+        } else if (delivery == "long") {
+            // 4096 frames, of which the first 1596 are silence before the same 2500.
+            std::vector<float> block(2 * 1596, 0.0f);
+            block.insert(block.end(), audio.begin(), audio.end());
+            rig.push(block);
+        } else {
+            if (delivery == "apart") {
+                // Mono samples of its own first: the mono ring runs ahead of the stereo ones.
+                const std::vector<float> mono(100, 0.5f);
+                rig.eq->processMono(mono.data(), mono.size());
+            }
+            rig.push(frames(0, 1000));
+            rig.push(frames(1000, 1500));
+        }
+        rig.deliver();
+
+        QCOMPARE(rig.levels.size(), 1);
+        QCOMPARE(reference.levels.size(), 1);
+        QCOMPARE(rig.curves.size(), 1);
+        const LevelArray& got = rig.levels.last();
+        const LevelArray& want = reference.levels.last();
+        QVERIFY(*std::max_element(want.begin(), want.end()) > 0.1);
+        for (int i = 0; i < AudioEQ::bandCount; ++i)
+            QVERIFY2(std::abs(got[i] - want[i]) < 1e-4,
+                     qPrintable(QString("band %1: %2 vs %3").arg(i).arg(got[i]).arg(want[i])));
+        for (int c = 0; c < AudioEQ::stereoCols; ++c)
+            QVERIFY2(std::abs(rig.curves.last()[c] - reference.curves.last()[c]) < 1e-4f,
+                     qPrintable(QString("column %1").arg(c)));
+    }
+
     // ---- the stereo field ----
 
     void stereoFieldPlacesTheSource_data() {

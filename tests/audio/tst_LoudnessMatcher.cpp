@@ -46,6 +46,29 @@ private Q_SLOTS:
             QVERIFY(std::abs(10 * std::log10(m.energy) - db) < 1e-3);
     }
 
+    void interleavedStereoLearnsAsSeparateChannelsDo() {
+        // Left and right at different levels, over blocks that pass the gate and one that does
+        // not: both forms of the block give the same gains and the same learned energy.
+        LoudnessMatcher planar;
+        LoudnessMatcher interleaved;
+        for (const double db : {-30.0, -20.0, -70.0, -12.0}) {
+            const std::vector<float> left = blockAt(db, 300);
+            const std::vector<float> right = blockAt(db - 9, 300);
+            std::vector<float> both;
+            for (std::size_t i = 0; i < left.size(); ++i) {
+                both.push_back(left[i]);
+                both.push_back(right[i]);
+            }
+            const float a = planar.gain(left.data(), left.size(), right.data(), right.size(),
+                                        48000, true);
+            const float b = interleaved.gainInterleaved(both.data(), left.size(), 48000, true);
+            QVERIFY2(std::abs(a - b) <= 1e-5f * a, qPrintable(QString("%1 vs %2").arg(a).arg(b)));
+            QVERIFY(std::abs(planar.energy - interleaved.energy) <= 1e-6f * planar.energy);
+        }
+        QVERIFY(planar.heard > 0.0);
+        QCOMPARE(interleaved.heard, planar.heard);
+    }
+
     void anEmptyBlockNeedsNoGain() {
         LoudnessMatcher m;
         QCOMPARE(m.gain(nullptr, 0, nullptr, 0, 48000, true), 1.0f);
