@@ -162,8 +162,7 @@ private:
         std::vector<float> tiltDb;
         static BandMap build(int bins, int bands, double sampleRate, double tilt);
         // From the squared magnitudes of the bins to the unsmoothed band targets.
-        void apply(const float* powers, const EQTuning& tuning, float* dbScratch,
-                   float* out) const;
+        void apply(const float* powers, const EQTuning& tuning, float* dbScratch, float* out) const;
     };
     struct LevelsFrame {
         QUuid generation;
@@ -217,7 +216,9 @@ private:
     RollingFrame<fftSize> m_bufR;
     std::vector<float> m_left;
     std::vector<float> m_right;
-    std::array<float, fftSize / 2> m_powers{};
+    // The band peaks read a few values past the last band's last bin.
+    static constexpr int bandPeakSlack = 3;
+    std::array<float, fftSize / 2 + bandPeakSlack> m_powers{};
     std::array<float, fftSize / 2> m_magL{};
     std::array<float, fftSize / 2> m_magR{};
     std::array<float, bandCount> m_dbScratch{};

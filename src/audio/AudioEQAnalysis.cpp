@@ -163,14 +163,17 @@ template <typename V> V maxFloats(V a, V b) {
 
 // The largest value of each band's bins. A band is read in overlapping vectors, the last one
 // ending on the band's last bin: reading a bin twice does not change a maximum, and it spares the
-// loop over the leftover bins, whose comparisons would wait on each other one by one.
-MIRL_WIDE_LOOP void bandPeaks(const float* x, const int* b0, const int* b1, int bands,
-                              float* out) {
+// loop over the leftover bins, whose comparisons would wait on each other one by one. A band of
+// fewer than four bins takes the four from its first, with those beyond it masked off; so `x`
+// must hold three readable values after the last bin of the last band.
+MIRL_WIDE_LOOP void bandPeaks(const float* x, const int* b0, const int* b1, int bands, float* out) {
+    const Floats4 index = {0, 1, 2, 3};
+    const Floats4 zero = {0, 0, 0, 0};
     for (int i = 0; i < bands; ++i) {
         const int first = b0[i];
         const int last = b1[i];
         const int width = last - first + 1;
-        Floats4 peak4 = {0, 0, 0, 0};
+        Floats4 peak4 = zero;
         if (width >= 8) {
             Floats8 peak8 = loadFloats<Floats8>(x + last - 7);
             for (int k = first; k + 8 <= last + 1; k += 8)
@@ -179,9 +182,9 @@ MIRL_WIDE_LOOP void bandPeaks(const float* x, const int* b0, const int* b1, int 
                               Floats4{peak8[4], peak8[5], peak8[6], peak8[7]});
         } else if (width >= 4) {
             peak4 = maxFloats(loadFloats<Floats4>(x + first), loadFloats<Floats4>(x + last - 3));
-        } else {
-            for (int k = first; k <= last; ++k)
-                peak4[0] = std::max(peak4[0], x[k]);
+        } else if (width > 0) {
+            const Floats4 w = {float(width), float(width), float(width), float(width)};
+            peak4 = index < w ? loadFloats<Floats4>(x + first) : zero;
         }
         out[i] = std::max(std::max(peak4[0], peak4[1]), std::max(peak4[2], peak4[3]));
     }
@@ -402,8 +405,7 @@ AudioEQ::BandMap AudioEQ::BandMap::build(int bins, int bands, double sampleRate,
     return map;
 }
 
-void AudioEQ::BandMap::apply(const float* powers, const EQTuning& t, float* db,
-                             float* out) const {
+void AudioEQ::BandMap::apply(const float* powers, const EQTuning& t, float* db, float* out) const {
     const int bands = int(b0.size());
     // The loudest bin of a band has the largest power as well as the largest magnitude; only the
     // peaks need their square roots.
@@ -449,7 +451,7 @@ std::vector<float> AudioEQ::bandLevels(const float* magnitudes, int bins, int ba
     if (bands <= 0 || bins < 2)
         return {};
     const BandMap map = BandMap::build(bins, bands, sampleRate, tuning.tilt);
-    std::vector<float> powers(static_cast<std::size_t>(bins));
+    std::vector<float> powers(static_cast<std::size_t>(bins) + bandPeakSlack, 0.0f);
     for (int k = 0; k < bins; ++k)
         powers[std::size_t(k)] = magnitudes[k] * magnitudes[k];
     std::vector<float> db(static_cast<std::size_t>(bands));
@@ -493,16 +495,28 @@ void AudioEQ::analyzeStereo(double now) {
         panColumns(m_magL.data(), m_magR.data(), first, last, sums, columns, stereoCols);
         // Each column keeps its peak, not the sum. Neighbouring bins mostly land in the same
         // column; eight partial maxima keep them from waiting on each other. The last column of
-        // each is the spare one of the bins too quiet to place.
+        // each is the spare one of the bins too quiet to place. Every sum placed in a real
+        // column is a positive float, and those order as their bit patterns do: an unsigned
+        // max compiles to a conditional move, where a float comparison becomes a store under a
+        // branch that mispredicts all the time on real music.
         constexpr int lanes = 8;
-        std::array<std::array<float, stereoCols + 1>, lanes> partial{};
-        for (int k = first; k <= last; ++k) {
-            float& peak = partial[std::size_t(k % lanes)][std::size_t(columns[k])];
-            peak = std::max(peak, sums[k]);
+        std::array<std::array<std::uint32_t, stereoCols + 1>, lanes> partial{};
+        const auto place = [&](int lane, int k) {
+            std::uint32_t& peak = partial[std::size_t(lane)][std::size_t(columns[k])];
+            peak = std::max(peak, std::bit_cast<std::uint32_t>(sums[k]));
+        };
+        int k = first;
+        for (; k + lanes <= last + 1; k += lanes) {
+            for (int lane = 0; lane < lanes; ++lane)
+                place(lane, k + lane);
         }
-        for (const auto& lane : partial) {
-            for (int c = 0; c < stereoCols; ++c)
-                cols[c] = std::max(cols[c], lane[c]);
+        for (; k <= last; ++k)
+            place(0, k);
+        for (int c = 0; c < stereoCols; ++c) {
+            std::uint32_t peak = 0;
+            for (const auto& lane : partial)
+                peak = std::max(peak, lane[std::size_t(c)]);
+            cols[std::size_t(c)] = std::bit_cast<float>(peak);
         }
     }
 

@@ -16,7 +16,8 @@ struct LoudnessMatcher {
     float gain(const float* left, std::size_t leftCount, const float* right, std::size_t rightCount,
                double sampleRate, bool enabled);
     // The same for a block of interleaved stereo: `frames` pairs of left and right samples.
-    float gainInterleaved(const float* samples, std::size_t frames, double sampleRate, bool enabled);
+    float gainInterleaved(const float* samples, std::size_t frames, double sampleRate,
+                          bool enabled);
     void reset();
 
 private:

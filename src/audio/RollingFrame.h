@@ -11,8 +11,7 @@ namespace MirlPlayer {
 // nothing already held moves. A full ring is the frame rotated, its oldest sample at start();
 // Spectrum takes it that way, and reads it in place, so the ring is aligned as FFTW aligns its
 // own buffers.
-template <std::size_t capacity>
-class RollingFrame {
+template <std::size_t capacity> class RollingFrame {
 public:
     void append(const float* samples, std::size_t n) {
         write(n, [samples](float* to, std::size_t from, std::size_t count) {

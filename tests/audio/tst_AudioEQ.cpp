@@ -483,7 +483,8 @@ private Q_SLOTS:
         if (delivery == "planar") {
             const TapFormat format{rate, true, 2, true};
             for (const auto& [from, count] : {std::pair{0, 1000}, std::pair{1000, 1500}})
-                rig.eq->processBlock(planes(frames(from, count)).data(), std::size_t(count), format);
+                rig.eq->processBlock(planes(frames(from, count)).data(), std::size_t(count),
+                                     format);
         } else if (delivery == "long") {
             // 4096 frames, of which the first 1596 are silence before the same 2500.
             std::vector<float> block(2 * 1596, 0.0f);

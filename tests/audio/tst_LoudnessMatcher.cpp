@@ -59,8 +59,8 @@ private Q_SLOTS:
                 both.push_back(left[i]);
                 both.push_back(right[i]);
             }
-            const float a = planar.gain(left.data(), left.size(), right.data(), right.size(),
-                                        48000, true);
+            const float a =
+                planar.gain(left.data(), left.size(), right.data(), right.size(), 48000, true);
             const float b = interleaved.gainInterleaved(both.data(), left.size(), 48000, true);
             QVERIFY2(std::abs(a - b) <= 1e-5f * a, qPrintable(QString("%1 vs %2").arg(a).arg(b)));
             QVERIFY(std::abs(planar.energy - interleaved.energy) <= 1e-6f * planar.energy);

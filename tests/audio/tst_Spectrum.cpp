@@ -64,8 +64,10 @@ private Q_SLOTS:
                 spectrum.magnitudes(ring, start, mags.data(), size / 2);
                 spectrum.powers(ring, start, powers.data(), size / 2);
                 for (int k = 1; k < size / 2; ++k) {
-                    const QString where =
-                        QString("start %1%2, bin %3").arg(start).arg(aligned ? "" : " (copied)").arg(k);
+                    const QString where = QString("start %1%2, bin %3")
+                                              .arg(start)
+                                              .arg(aligned ? "" : " (copied)")
+                                              .arg(k);
                     QVERIFY2(std::abs(mags[size_t(k)] - plain[size_t(k)]) <= 1e-5 * typical,
                              qPrintable(where));
                     QVERIFY2(std::abs(powers[size_t(k)] - mags[size_t(k)] * mags[size_t(k)]) <=
