@@ -21,38 +21,74 @@ std::mutex& plannerMutex() {
 // The scale of the normalised Hann window: its root mean square is 1.
 constexpr double hannNorm = 0.8165;
 
-// Bins 1 ... count - 1 of the windowed frame, from the transform (re, im) of the frame rotated so
-// that it starts at a ring position whose phase factor is (c, s). The periodic Hann window
-// multiplies the samples by h - h/2 (e^(i theta n) + e^(-i theta n)), which moves each bin
-// half-way towards its neighbours: Xw[k] = h (X[k] - X[k-1] / 2 - X[k+1] / 2). Undoing the
-// rotation turns X[k] into the transform's bin k times the k-th power of the phase factor; only
-// the magnitude is kept, so that power is divided out and the neighbours are turned by the factor
-// and its conjugate. `scale` includes h; `squared` keeps the square of each magnitude.
-// Separates (re, im) pairs into two arrays, so that the loop after it reads neighbours with plain
-// loads instead of shuffling pairs apart for every bin.
-MIRL_WIDE_LOOP void split(const float* pairs, float* re, float* im, int n) {
-    for (int k = 0; k < n; ++k) {
-        re[k] = pairs[2 * k];
-        im[k] = pairs[2 * k + 1];
-    }
+// Eight floats as one value: four complex bins as (re, im) pairs. The compiler maps operations on
+// it to vector instructions of whatever width the target has.
+typedef float Floats8 __attribute__((vector_size(32)));
+typedef int Ints8 __attribute__((vector_size(32)));
+
+inline Floats8 load8(const float* p) {
+    Floats8 v;
+    std::memcpy(&v, p, sizeof v);
+    return v;
 }
 
+// One windowed bin from the bins y[k-1], y[k], y[k+1] (pairs at y). See windowedBins.
+inline float windowedPower(const float* y, float c2, float s2) {
+    const float a = y[-2];
+    const float b = y[-1];
+    const float p = y[2];
+    const float q = y[3];
+    const float x = y[0] - (c2 * (a + p) + s2 * (b - q));
+    const float z = y[1] - (c2 * (b + q) + s2 * (p - a));
+    return x * x + z * z;
+}
+
+// Bins 1 ... count - 1 of the windowed frame, from the transform y (pairs of re, im) of the frame
+// rotated so that it starts at a ring position whose phase factor is (c, s). The periodic Hann
+// window multiplies the samples by h - h/2 (e^(i theta n) + e^(-i theta n)), which moves each bin
+// half-way towards its neighbours: Xw[k] = h (X[k] - X[k-1] / 2 - X[k+1] / 2). Undoing the
+// rotation turns X[k] into y[k] times the k-th power of the phase factor; only the magnitude is
+// kept, so that power is divided out and the neighbours are turned by the factor and its
+// conjugate: Xw[k] ~ y[k] - c/2 (y[k-1] + y[k+1]) + i s/2 (y[k-1] - y[k+1]). `scale` includes h;
+// `squared` keeps the square of each magnitude.
+//
+// Eight bins at a time, on the pairs as FFTW leaves them: the neighbours are the same pairs read
+// one bin earlier and later, multiplying by i swaps the two halves of each pair, and only the
+// final squares are gathered out of their pairs.
 template <bool squared>
-MIRL_WIDE_LOOP void windowedBins(const float* re, const float* im, float* out, int count, float c,
-                                 float s, float scale) {
+MIRL_WIDE_LOOP void windowedBins(const float* y, float* out, int count, float c, float s,
+                                 float scale) {
     const float c2 = 0.5f * c;
     const float s2 = 0.5f * s;
-    for (int k = 1; k < count; ++k) {
-        const float a = re[k - 1];
-        const float b = im[k - 1];
-        const float p = re[k + 1];
-        const float q = im[k + 1];
-        const float x = re[k] - (c2 * (a + p) + s2 * (b - q));
-        const float y = im[k] - (c2 * (b + q) + s2 * (p - a));
-        if constexpr (squared)
-            out[k] = (x * x + y * y) * scale;
-        else
-            out[k] = std::sqrt(x * x + y * y) * scale;
+    // i s/2 (d_re + i d_im) = (-s/2 d_im, s/2 d_re): swapped, the first of each pair negated.
+    const Floats8 turn = {-s2, s2, -s2, s2, -s2, s2, -s2, s2};
+    const Ints8 swapPairs = {1, 0, 3, 2, 5, 4, 7, 6};
+    const Ints8 evens = {0, 2, 4, 6, 8, 10, 12, 14};
+    const Ints8 odds = {1, 3, 5, 7, 9, 11, 13, 15};
+    int k = 1;
+    for (; k + 8 <= count; k += 8) {
+        const float* at = y + 2 * k;
+        Floats8 halves[2];
+        for (int h = 0; h < 2; ++h) {
+            const Floats8 before = load8(at + 8 * h - 2);
+            const Floats8 after = load8(at + 8 * h + 2);
+            const Floats8 across = __builtin_shuffle(before - after, swapPairs);
+            const Floats8 w = load8(at + 8 * h) - c2 * (before + after) + turn * across;
+            halves[h] = w * w;
+        }
+        Floats8 power = __builtin_shuffle(halves[0], halves[1], evens) +
+                        __builtin_shuffle(halves[0], halves[1], odds);
+        if constexpr (squared) {
+            power *= scale;
+        } else {
+            for (int j = 0; j < 8; ++j)
+                power[j] = std::sqrt(power[j]) * scale;
+        }
+        std::memcpy(out + k, &power, sizeof power);
+    }
+    for (; k < count; ++k) {
+        const float power = windowedPower(y + 2 * k, c2, s2);
+        out[k] = squared ? power * scale : std::sqrt(power) * scale;
     }
 }
 
@@ -81,9 +117,7 @@ Spectrum::Spectrum(int size)
     const auto floats = [](int n) { return static_cast<float*>(fftwf_malloc(sizeof(float) * n)); };
     m_in.reset(floats(size));
     m_out.reset(static_cast<fftwf_complex*>(fftwf_malloc(sizeof(fftwf_complex) * (m_half + 1))));
-    m_re.reset(floats(m_half + 1));
-    m_im.reset(floats(m_half + 1));
-    if (!m_in || !m_out || !m_re || !m_im)
+    if (!m_in || !m_out)
         qFatal("Spectrum: no memory for a %d-point transform", size);
     // FFTW_MEASURE scribbles over the arrays while it plans; they are filled afterwards.
     m_setup.reset(plan(size, m_in.get(), m_out.get()));
@@ -141,27 +175,23 @@ void Spectrum::windowed(const float* ring, int start, float* out, int count, boo
     }
     fftwf_execute_dft_r2c(m_setup.get(), in, m_out.get());
     ++m_transforms;
-    // The bins the windowing reads: up to one past the last one kept.
     const int last = std::clamp(count, 1, m_half);
-    split(reinterpret_cast<const float*>(m_out.get()), m_re.get(), m_im.get(), last + 1);
-    const float* re = m_re.get();
-    const float* im = m_im.get();
+    const float* y = reinterpret_cast<const float*>(m_out.get());
 
     const float c = cosineAt(start);
     const float s = cosineAt(start - m_size / 4);
     const float scale = float(hannNorm * 2.0 / double(m_size));
     // DC and Nyquist: their neighbours outside 0 ... half are the conjugates of those inside, so
     // each loses the real part of its one inner neighbour, turned back by the rotation.
-    const float dc = re[0] - (re[1] * c - im[1] * s);
-    const float* y = reinterpret_cast<const float*>(m_out.get());
+    const float dc = y[0] - (y[2] * c - y[3] * s);
     const float nyquist = y[2 * m_half] - (y[2 * m_half - 2] * c + y[2 * m_half - 1] * s);
     const float packed = (dc * dc + nyquist * nyquist) * scale * scale;
     if (squared) {
         out[0] = packed;
-        windowedBins<true>(re, im, out, last, c, s, scale * scale);
+        windowedBins<true>(y, out, last, c, s, scale * scale);
     } else {
         out[0] = std::sqrt(packed);
-        windowedBins<false>(re, im, out, last, c, s, scale);
+        windowedBins<false>(y, out, last, c, s, scale);
     }
 }
 

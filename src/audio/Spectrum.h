@@ -70,8 +70,6 @@ private:
 
     std::unique_ptr<float[], FftwFree> m_in;
     std::unique_ptr<fftwf_complex[], FftwFree> m_out;
-    std::unique_ptr<float[], FftwFree> m_re;
-    std::unique_ptr<float[], FftwFree> m_im;
     std::unique_ptr<fftwf_plan_s, PlanDestroy> m_setup;
     int m_alignment = 0;
     std::vector<float> m_quarterCosine;
