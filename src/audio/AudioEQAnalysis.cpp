@@ -149,7 +149,7 @@ MIRL_WIDE_LOOP void panColumns(const float* magL, const float* magR, int first, 
 typedef float Floats8 __attribute__((vector_size(32)));
 typedef float Floats4 __attribute__((vector_size(16)));
 
-template <typename V> V loadFloats(const float* p) {
+template <typename V> MIRL_VECTOR_HELPER V loadFloats(const float* p) {
     V v;
     std::memcpy(&v, p, sizeof v);
     return v;
@@ -157,7 +157,7 @@ template <typename V> V loadFloats(const float* p) {
 
 // Element-wise max as std::max computes it: where the second is not larger (NaN included), the
 // first stays.
-template <typename V> V maxFloats(V a, V b) {
+template <typename V> MIRL_VECTOR_HELPER V maxFloats(V a, V b) {
     return a < b ? b : a;
 }
 

@@ -26,7 +26,7 @@ constexpr double hannNorm = 0.8165;
 typedef float Floats8 __attribute__((vector_size(32)));
 typedef int Ints8 __attribute__((vector_size(32)));
 
-inline Floats8 load8(const float* p) {
+MIRL_VECTOR_HELPER Floats8 load8(const float* p) {
     Floats8 v;
     std::memcpy(&v, p, sizeof v);
     return v;

@@ -11,3 +11,13 @@
 #else
 #define MIRL_WIDE_LOOP
 #endif
+
+// Marks a helper of such a loop that takes or returns a vector value (GCC's vector_size types).
+// It must be inlined, in every build: the helper itself is compiled for the baseline processor,
+// and a vector value passed between a baseline function and an AVX version of the loop travels
+// in different registers on each side of the call.
+#if defined(__GNUC__)
+#define MIRL_VECTOR_HELPER __attribute__((always_inline)) inline
+#else
+#define MIRL_VECTOR_HELPER inline
+#endif
