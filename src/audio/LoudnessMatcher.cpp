@@ -8,44 +8,39 @@ namespace MirlPlayer {
 
 namespace {
 
-// Sixteen independent partial sums, two vectors of them: the loop vectorises, its additions do not
-// wait on each other, and no sum grows long enough to lose precision within a block.
-constexpr std::size_t lanes = 16;
-
-MIRL_WIDE_LOOP double meanSquare(const float* x, std::size_t n) {
-    if (n == 0)
-        return 0.0;
+// The sums of the squares of x[0] ... x[n - 1], those at even and those at odd positions apart:
+// for interleaved stereo, the left and the right channel. Sixty-four independent partial sums, so
+// that the loop vectorises and its additions, four or eight vectors of them, do not wait on each
+// other; folded in single precision, a block at a time, no sum grows long enough to lose
+// precision. With an even number of lanes, the even ones only ever see even positions.
+MIRL_WIDE_LOOP void squareSums(const float* x, std::size_t n, double& even, double& odd) {
+    constexpr std::size_t lanes = 64;
+    constexpr std::size_t folds = 16;
     float partial[lanes] = {};
     std::size_t i = 0;
     for (; i + lanes <= n; i += lanes) {
         for (std::size_t j = 0; j < lanes; ++j)
             partial[j] += x[i + j] * x[i + j];
     }
-    double sum = 0.0;
-    for (; i < n; ++i)
-        sum += double(x[i]) * double(x[i]);
-    for (float p : partial)
-        sum += double(p);
-    return sum / double(n);
-}
-
-// The mean squares of both channels of interleaved stereo in one pass: with an even number of
-// lanes, the even ones only ever see left samples and the odd ones right samples.
-MIRL_WIDE_LOOP void meanSquares(const float* x, std::size_t frames, double& left, double& right) {
-    const std::size_t n = frames * 2;
-    float partial[lanes] = {};
-    std::size_t i = 0;
-    for (; i + lanes <= n; i += lanes) {
-        for (std::size_t j = 0; j < lanes; ++j)
-            partial[j] += x[i + j] * x[i + j];
-    }
+    float folded[folds];
+    for (std::size_t j = 0; j < folds; ++j)
+        folded[j] = (partial[j] + partial[j + 16]) + (partial[j + 32] + partial[j + 48]);
     double sums[2] = {0.0, 0.0};
     for (; i < n; ++i)
         sums[i & 1] += double(x[i]) * double(x[i]);
-    for (std::size_t j = 0; j < lanes; ++j)
-        sums[j & 1] += double(partial[j]);
-    left = frames ? sums[0] / double(frames) : 0.0;
-    right = frames ? sums[1] / double(frames) : 0.0;
+    for (std::size_t j = 0; j < folds; ++j)
+        sums[j & 1] += double(folded[j]);
+    even = sums[0];
+    odd = sums[1];
+}
+
+double meanSquare(const float* x, std::size_t n) {
+    if (n == 0)
+        return 0.0;
+    double even = 0.0;
+    double odd = 0.0;
+    squareSums(x, n, even, odd);
+    return (even + odd) / double(n);
 }
 
 } // namespace
@@ -68,8 +63,9 @@ float LoudnessMatcher::gainInterleaved(const float* samples, std::size_t frames,
         return 1.0f;
     double left = 0.0;
     double right = 0.0;
-    meanSquares(samples, frames, left, right);
-    return gainFor(float((left + right) * 0.5), frames, sampleRate);
+    squareSums(samples, frames * 2, left, right);
+    return gainFor(float((left / double(frames) + right / double(frames)) * 0.5), frames,
+                   sampleRate);
 }
 
 float LoudnessMatcher::gainFor(float m, std::size_t frames, double sampleRate) {
