@@ -3,7 +3,7 @@
 // Marks a function whose loop over a block of samples should also be compiled for AVX2 and for
 // the AVX-512 level of x86-64 (v4); the loader picks the widest version the processor runs, once,
 // when the program starts. Processors of the v4 level gain wider vectors, twice the vector
-// registers and two-source shuffles; on this kind of work that is a tenth of the analysis.
+// registers and two-source shuffles; here that is about a twentieth of the analysis.
 // Elsewhere (other architectures, or without the loader's support) the function is compiled once,
 // as usual.
 #if defined(__x86_64__) && defined(__ELF__) && defined(__GNUC__)
