@@ -1,5 +1,7 @@
 #include "core/FocusLog.h"
 
+#include "core/PrivateFile.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -10,7 +12,8 @@ namespace MirlPlayer {
 FocusLog::FocusLog(const QString& path, Clock& clock)
     : m_path(path)
     , m_clock(clock) {
-    QDir().mkpath(QFileInfo(path).absolutePath()); // failure is ignored
+    // It names devices and songs of the user: a folder of the user's alone. Failure is ignored.
+    ensurePrivateDir(QFileInfo(path).absolutePath());
 }
 
 FocusLog::~FocusLog() {

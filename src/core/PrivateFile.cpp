@@ -7,11 +7,27 @@
 
 namespace MirlPlayer {
 
+namespace {
+
+constexpr auto kOwnerOnly =
+    QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
+
+} // namespace
+
 bool ensurePrivateDir(const QString& dir) {
-    if (!QDir().mkpath(dir))
-        return false;
-    return QFile::setPermissions(dir, QFileDevice::ReadOwner | QFileDevice::WriteOwner |
-                                          QFileDevice::ExeOwner);
+    // Each missing folder is made with its mode at once (mkpath would leave the parents to the
+    // umask, and others could look inside the tree for a moment or for good).
+    QStringList missing;
+    for (QString folder = QDir::cleanPath(QDir(dir).absolutePath()); !QFileInfo::exists(folder);
+         folder = QFileInfo(folder).path()) {
+        missing.prepend(folder);
+        if (folder == QFileInfo(folder).path())
+            break;
+    }
+    for (const QString& folder : std::as_const(missing))
+        if (!QDir().mkdir(folder, kOwnerOnly) && !QFileInfo(folder).isDir())
+            return false;
+    return QFileInfo(dir).isDir() && QFile::setPermissions(dir, kOwnerOnly);
 }
 
 bool writePrivateFile(const QString& path, const QByteArray& data) {

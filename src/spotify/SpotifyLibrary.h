@@ -1,8 +1,9 @@
 #pragma once
 
 #include "spotify/SpotifyError.h"
-#include "spotify/SpotifyLoopbackServer.h"
 #include "spotify/SpotifyRequestBudget.h"
+#include "spotify/SpotifySignIn.h"
+#include "spotify/SpotifyTokenStore.h"
 
 #include <QCoro/QCoroTask>
 #include <QJsonArray>
@@ -14,7 +15,6 @@
 #include <QSet>
 #include <QString>
 #include <QStringList>
-#include <QTimer>
 #include <QUrl>
 #include <functional>
 #include <memory>
@@ -45,9 +45,10 @@ struct SpotifyResponse {
     QByteArray data;
 };
 
-// The account session: the client ID of the user's own Spotify app, the sign-in with PKCE through
-// the browser and a loopback listener, the tokens, and the one request path that every Web API
-// call takes (server pause, shared token refresh, request budget, address check, status words).
+// The account session: the client ID of the user's own Spotify app, the tokens (the browser half
+// of signing in is `SpotifySignIn`, the file `SpotifyTokenStore`), and the one request path that
+// every Web API call takes (server pause, shared token refresh, request budget, address check,
+// status words). Nothing it sends follows a redirect.
 // Lives on the GUI thread. Work that outlives a session reset is recognised by `generation` and
 // dropped with a cancellation.
 class SpotifyLibrary : public QObject {
@@ -60,12 +61,12 @@ class SpotifyLibrary : public QObject {
     Q_PROPERTY(bool hasPlaybackScopes READ hasPlaybackScopes NOTIFY grantedScopesChanged)
 
 public:
-    static constexpr quint16 callbackPort = 43821;
-    static inline const QString redirectURI = QStringLiteral("http://127.0.0.1:43821/callback");
-    static inline const QString scopes =
-        QStringLiteral("playlist-read-private playlist-read-collaborative user-library-read "
-                       "user-library-modify user-read-playback-state user-modify-playback-state");
-    static inline const QString signInFile = QStringLiteral("com.kestrova.mirlpro.spotify.json");
+    static constexpr quint16 callbackPort = SpotifySignIn::callbackPort;
+    static inline const QString& redirectURI = SpotifySignIn::redirectURI;
+    static inline const QString& scopes = SpotifySignIn::scopes;
+    static inline const QString& signInFile = SpotifyTokenStore::fileName;
+    // The longest pause the service keeps, whatever a server or the settings say.
+    static constexpr double maxPauseSeconds = 24 * 3600;
     // Built-in client ID of a prepared build (set at configure time), else empty.
     static QString bundledClientID();
 
@@ -82,7 +83,7 @@ public:
     void setEndpoints(const SpotifyEndpoints& endpoints) { m_endpoints = endpoints; }
     void setTimings(const SpotifyTimings& timings);
     void setBrowserOpener(std::function<void(const QUrl&)> opener) {
-        m_openBrowser = std::move(opener);
+        m_signIn.setBrowserOpener(std::move(opener));
     }
     // Receives the diagnostic lines; the shared instance writes them to the focus log.
     void setLogSink(std::function<void(const QString&)> sink) { m_log = std::move(sink); }
@@ -112,13 +113,12 @@ public:
 
     // --- sign-in ---
     static bool isValidClientID(const QString& text);
-    // 32 random bytes as unpadded base64url: 43 characters.
-    static QString randomURLSafeToken();
-    // The PKCE S256 challenge of a verifier.
-    static QString codeChallenge(const QString& verifier);
-    // The folder "MIRL PRO" in the user's data folder, and the sign-in file in it.
-    static QString privateSupportFolder();
-    static QString signInFilePath();
+    static QString randomURLSafeToken() { return SpotifySignIn::randomURLSafeToken(); }
+    static QString codeChallenge(const QString& verifier) {
+        return SpotifySignIn::codeChallenge(verifier);
+    }
+    static QString privateSupportFolder() { return SpotifyTokenStore::privateSupportFolder(); }
+    static QString signInFilePath() { return SpotifyTokenStore::filePath(); }
 
     Q_INVOKABLE bool setClientID(const QString& text);
     Q_INVOKABLE void beginSignIn();
@@ -128,7 +128,7 @@ public:
     void resetSession();
     void loadStoredSignIn();
     // The authorization address of the running flow (empty when none is running).
-    QUrl authorizationURL() const { return m_authorizationURL; }
+    QUrl authorizationURL() const { return m_signIn.authorizationURL(); }
 
     // Posts `form` to the token endpoint and takes the tokens of the answer.
     QCoro::Task<void> requestToken(QList<std::pair<QString, QString>> form, int generation);
@@ -183,9 +183,6 @@ private:
     void log(const QString& line) const;
     double now() const;
 
-    QMap<QString, QString> readSignInMap() const;
-    bool saveSignInMap(const QMap<QString, QString>& map) const;
-    bool handleCallback(const QByteArray& buffer);
     QCoro::Task<void> exchangeCode(QString code, QString verifier, int generation);
     QCoro::Task<void> refreshToken(int generation);
     QCoro::Task<void> runRefresh(std::shared_ptr<RefreshFlight> flight, int generation);
@@ -206,10 +203,7 @@ private:
     QString m_accessToken;
     double m_expiry;
     QString m_refreshToken;
-    SpotifyLoopbackServer m_listener;
-    QTimer m_timeout;
-    QString m_verifier;
-    QString m_oauthState;
+    SpotifySignIn m_signIn;
     std::shared_ptr<RefreshFlight> m_refreshTask;
     int m_generation = 0;
     SpotifyRequestBudget m_budget;
@@ -217,10 +211,8 @@ private:
     std::optional<QString> m_thisMacDeviceID;
     std::optional<DeviceCache> m_deviceCache;
 
-    QUrl m_authorizationURL;
     SpotifyEndpoints m_endpoints;
     SpotifyTimings m_timings;
-    std::function<void(const QUrl&)> m_openBrowser;
     std::function<void(const QString&)> m_log;
     std::function<QCoro::Task<void>(double)> m_sleeper;
     std::optional<QString> m_machineName;

@@ -18,10 +18,12 @@ private Q_SLOTS:
                               QFileDevice::WriteGroup | QFileDevice::WriteOther),
                  QFileDevice::Permissions());
         QVERIFY(filePerms & QFileDevice::ReadOwner);
-        const auto dirPerms = QFileInfo(dir.filePath("a/b")).permissions();
-        QCOMPARE(dirPerms & (QFileDevice::ReadGroup | QFileDevice::ExeGroup |
-                             QFileDevice::ReadOther | QFileDevice::ExeOther),
-                 QFileDevice::Permissions());
+        // Every folder made on the way is the user's alone, not only the last.
+        const auto ownerOnly =
+            QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner;
+        const auto modeBits = QFileDevice::Permissions(0x7077); // without the "User" repeat
+        for (const char* folder : {"a", "a/b"})
+            QCOMPARE(QFileInfo(dir.filePath(folder)).permissions() & modeBits, ownerOnly);
         QCOMPARE(readFile(path).value(), QByteArray("{\"token\":1}"));
         // Rewriting replaces the whole content.
         QVERIFY(writePrivateFile(path, "x"));

@@ -115,7 +115,9 @@ FakeSpotifyServer::Reply FakeSpotifyServer::answerFor(const Request& request) {
         ++m_tokenCounter;
         QByteArray body = tokenAnswer;
         body.replace("%1", QByteArray::number(m_tokenCounter));
-        return Reply{tokenStatus, body, {{"Content-Type", "application/json"}}, tokenDelayMs};
+        Reply reply{tokenStatus, body, {{"Content-Type", "application/json"}}, tokenDelayMs};
+        reply.headers.append(tokenHeaders);
+        return reply;
     }
     const QString key = QString::fromLatin1(request.method) + u' ' + request.path;
     auto it = m_routes.find(key);

@@ -57,6 +57,7 @@ public:
     QByteArray tokenAnswer =
         R"({"access_token":"access-%1","token_type":"Bearer","expires_in":3600,"refresh_token":"refresh-%1","scope":"user-library-read user-library-modify user-read-playback-state user-modify-playback-state"})";
     int tokenStatus = 200;
+    QList<std::pair<QByteArray, QByteArray>> tokenHeaders;
 
     QList<Request> requests;
     int connections = 0; // accepted, whether or not a request could be read

@@ -708,6 +708,37 @@ private Q_SLOTS:
         QCOMPARE(m_server->connections, 1); // the token refresh, nothing else
     }
 
+    // A redirect is an answer like any other; its target never sees a token.
+    void redirectsAreNotFollowed_data() {
+        QTest::addColumn<bool>("tokenRequest");
+        QTest::newRow("Web API") << false;
+        QTest::newRow("token endpoint") << true;
+    }
+    void redirectsAreNotFollowed() {
+        QFETCH(bool, tokenRequest);
+        FakeSpotifyServer elsewhere;
+        signedIn();
+        if (tokenRequest) {
+            m_server->tokenStatus = 302;
+            m_server->tokenHeaders = {{"Location", elsewhere.tokenURL().toEncoded()}};
+            QCOMPARE(run(m_lib->getJSON("me")),
+                     QStringLiteral("Spotify could not connect to MIRL PRO. Please try again. If "
+                                    "this continues, contact MIRL PRO support."));
+        } else {
+            m_server->route(
+                "GET /v1/me",
+                {302,
+                 {},
+                 {{"Location",
+                   "http://127.0.0.1:" + QByteArray::number(elsewhere.base().port()) + "/v1/me"}},
+                 0});
+            QCOMPARE(run(m_lib->getJSON("me")),
+                     QStringLiteral("Spotify couldn’t load this content (302). Please try again."));
+        }
+        QTest::qWait(50);
+        QCOMPARE(elsewhere.connections, 0);
+    }
+
     void nextLinkOfTheWebAPIIsFollowed() {
         signedIn();
         m_server->routeFixture("GET /v1/me/tracks", "saved_tracks.json");
@@ -729,6 +760,7 @@ private Q_SLOTS:
         QTest::newRow("no header") << QByteArray("-") << 30.0;
         QTest::newRow("a date") << QByteArray("Wed, 21 Oct 2026 07:28:00 GMT") << 30.0;
         QTest::newRow("garbage") << QByteArray("soon") << 30.0;
+        QTest::newRow("a week is a day") << QByteArray("604800") << 86400.0;
     }
     void rateLimitPausesAllRequests() {
         QFETCH(QByteArray, retryAfter);
@@ -786,6 +818,13 @@ private Q_SLOTS:
         QCOMPARE(run(m_lib->getJSON("me")), m_lib->rateLimitMessage());
         QCOMPARE(m_server->requests.size(), requests);
         QCOMPARE(m_lib->pauseMoment(), moment);
+    }
+
+    void storedPauseBeyondADayCountsAsADay() {
+        m_prefs->setValue("spotifyRetryAfter." + kClient, 1e300);
+        signedIn();
+        QCOMPARE(m_lib->pauseMoment(), m_clock->wallNow() + 86400.0);
+        QCOMPARE(run(m_lib->getJSON("me")), m_lib->rateLimitMessage());
     }
 
     void tenRequestsWithAnExpiredTokenShareOneRefresh() {
