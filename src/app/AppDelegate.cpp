@@ -1,6 +1,5 @@
 #include "app/AppDelegate.h"
 
-#include "app/ArtworkPalette.h"
 #include "core/FocusLog.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
@@ -14,8 +13,9 @@ AppDelegate::AppDelegate(Preferences& prefs, PlayerBridge* bridge, Clock& clock,
     : QObject(parent)
     , m_prefs(prefs)
     , m_player(std::make_unique<PlayerState>(bridge, clock)) {
+    // Covers colour the theme as well as the accent.
     connect(m_player.get(), &PlayerState::started, this,
-            [this] { connectArtworkPalette(*m_player->controller(), Theme::shared()); });
+            [this] { m_player->controller()->artwork().setTheme(&Theme::shared()); });
 }
 
 AppDelegate::~AppDelegate() = default;

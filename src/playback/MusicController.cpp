@@ -4,19 +4,14 @@
 #include "platform/PlayerBridge.h"
 #include "playback/PlayerState.h"
 
-#include <QFile>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QTimer>
-#include <QUrl>
 
 namespace MirlPlayer {
 
 MusicController::MusicController(PlayerState& state, PlayerBridge& bridge, Clock& clock)
     : m_state(state)
     , m_bridge(bridge)
-    , m_clock(clock)
-    , m_network(new QNetworkAccessManager(this)) {
+    , m_clock(clock) {
     FocusLog::shared().installFocusWatch();
     m_queue.sync([this] {
         m_pollTimer = new QTimer(m_queue.context());
@@ -167,7 +162,7 @@ void MusicController::apply(const Snapshot& snapshot, double sampledAt) {
         m_state.applySample(sampledAt, changed, snapshot.positionMs / 1000.0);
         if (changed) {
             m_lastTrackKey = key;
-            fetchArtwork(snapshot, key);
+            m_artwork.showCoverOf(snapshot, key);
         }
     } else {
         m_state.publishPlaying(false); // bypasses the play hold
@@ -183,90 +178,10 @@ void MusicController::apply(const Snapshot& snapshot, double sampledAt) {
         m_state.publishTrackURI(std::nullopt);
         m_state.publishDuration(0);
         m_state.setAnchor(0);
-        m_state.publishArtwork({}); // the accent stays as it stands
+        m_artwork.clear(); // the accent stays as it stands
         m_lastTrackKey.clear();
     }
     Q_EMIT sampleApplied();
-}
-
-void MusicController::fetchArtwork(const Snapshot& snapshot, const QString& key) {
-    // Every player here reports its artwork as an address: Spotify's is on the web, a local
-    // player's is usually a file beside the track.
-    const QString address = snapshot.artURL.value_or(QString());
-    const QUrl url(address);
-    if (snapshot.source == Source::none || address.isEmpty() || !url.isValid()) {
-        deliverArtwork({});
-        return;
-    }
-    if (auto cached = m_artCache.constFind(address); cached != m_artCache.constEnd()) {
-        deliverArtwork(*cached);
-        return;
-    }
-    if (url.isLocalFile()) {
-        m_queue.async([this, address, path = url.toLocalFile(), key] {
-            QImage image;
-            QFile file(path);
-            if (file.size() < 64 * 1024 * 1024 && file.open(QIODevice::ReadOnly))
-                image = QImage::fromData(file.readAll());
-            if (image.isNull())
-                return; // the old artwork stays
-            onMain(this, [this, address, image, key] { storeArtwork(address, image, key); });
-        });
-        return;
-    }
-    if (url.scheme() != u"https" && url.scheme() != u"http")
-        return;
-    QNetworkReply* reply = m_network->get(QNetworkRequest(url));
-    connect(reply, &QNetworkReply::finished, this, [this, reply, address, key] {
-        reply->deleteLater();
-        if (reply->error() != QNetworkReply::NoError)
-            return;
-        const QByteArray data = reply->readAll();
-        m_queue.async([this, data, address, key] {
-            const QImage image = QImage::fromData(data);
-            if (image.isNull())
-                return;
-            onMain(this, [this, address, image, key] { storeArtwork(address, image, key); });
-        });
-    });
-}
-
-void MusicController::storeArtwork(const QString& url, const QImage& image, const QString& key) {
-    if (m_artCache.size() >= artCacheLimit)
-        m_artCache.clear();
-    m_artCache.insert(url, image);
-    // The artwork of a track that was skipped meanwhile is kept, but not shown.
-    if (m_lastTrackKey == key)
-        deliverArtwork(image);
-}
-
-void MusicController::setPaletteHandoff(PaletteExtractor extract,
-                                        std::function<QColor(const QVariant&)> accentOf,
-                                        PaletteSink deliver) {
-    m_extractPalette = std::move(extract);
-    m_accentOf = std::move(accentOf);
-    m_deliverPalette = std::move(deliver);
-}
-
-void MusicController::deliverArtwork(const QImage& image) {
-    m_state.publishArtwork(image);
-    if (image.isNull()) {
-        m_state.publishAccent(Qt::white);
-        if (m_deliverPalette)
-            m_deliverPalette(QVariant());
-        return;
-    }
-    if (!m_extractPalette)
-        return;
-    m_queue.async([this, image] {
-        const QVariant palette = m_extractPalette(image);
-        onMain(this, [this, palette] {
-            const QColor accent = m_accentOf ? m_accentOf(palette) : QColor();
-            m_state.publishAccent(accent.isValid() ? accent : QColor(Qt::white));
-            if (m_deliverPalette)
-                m_deliverPalette(palette);
-        });
-    });
 }
 
 QString MusicController::targetApp() const {

@@ -2,17 +2,15 @@
 
 #include "core/Clock.h"
 #include "core/SerialQueue.h"
+#include "playback/ArtworkFetcher.h"
 #include "playback/Snapshot.h"
 
-#include <QHash>
-#include <QImage>
 #include <QObject>
 #include <QPointer>
 #include <QUuid>
 #include <functional>
 #include <optional>
 
-class QNetworkAccessManager;
 class QTimer;
 
 namespace MirlPlayer {
@@ -39,7 +37,6 @@ public:
     static constexpr double fastFirstPoll = 0.05;
     static constexpr double slowPollInterval = 3.0;
     static constexpr double emptyGrace = 1.0;
-    static constexpr int artCacheLimit = 31;
 
     MusicController(PlayerState& state, PlayerBridge& bridge, Clock& clock = Clock::system());
     ~MusicController() override;
@@ -75,13 +72,8 @@ public:
     const QUuid& spotifyRequestID() const { return m_spotifyRequestID; }
     void setSpotifySelected(bool selected) { m_routing.spotifySelected = selected; }
 
-    // Where the artwork's colours go: `extract` runs on the poll queue and returns the palette's
-    // first colour (or nothing when the cover has no palette); `deliver` runs on the GUI thread
-    // with the image (null when there is none) and the extracted palette.
-    using PaletteExtractor = std::function<QVariant(const QImage&)>;
-    using PaletteSink = std::function<void(const QVariant& palette)>;
-    void setPaletteHandoff(PaletteExtractor extract,
-                           std::function<QColor(const QVariant&)> accentOf, PaletteSink deliver);
+    // The covers, and the colours they give the accent and the theme.
+    ArtworkFetcher& artwork() { return m_artwork; }
 
     // The song queue is told about every applied snapshot.
     using QueueObserver = std::function<void(const Snapshot&)>;
@@ -93,7 +85,7 @@ public:
     const Snapshot& lastMusic() const { return m_lastMusic; }
     double lastSampledAt() const { return m_lastSampledAt; }
     const QString& lastTrackKey() const { return m_lastTrackKey; }
-    int artCacheSize() const { return int(m_artCache.size()); }
+    int artCacheSize() const { return m_artwork.cacheSize(); }
     bool pollingFast() const; // poll-queue state, read through a sync hop
     // When the next sample is due (milliseconds from now) and the period after it.
     struct PollSchedule {
@@ -111,9 +103,6 @@ Q_SIGNALS:
     void sampleApplied();
 
 private:
-    void fetchArtwork(const Snapshot& snapshot, const QString& key);
-    void deliverArtwork(const QImage& image);
-    void storeArtwork(const QString& url, const QImage& image, const QString& key);
     void schedulePolls(double first, double repeat); // poll queue
 
     PlayerState& m_state;
@@ -137,13 +126,8 @@ private:
     Snapshot m_lastMusic = Snapshot::empty(Source::music);
     double m_lastSampledAt = Clock::distantPast;
     QString m_lastTrackKey;
-    QHash<QString, QImage> m_artCache;
     bool m_pollingFast = true; // poll queue only
-    QNetworkAccessManager* m_network = nullptr;
-
-    PaletteExtractor m_extractPalette;
-    std::function<QColor(const QVariant&)> m_accentOf;
-    PaletteSink m_deliverPalette;
+    ArtworkFetcher m_artwork{m_state, m_queue};
     QueueObserver m_queueObserver;
 };
 

@@ -1,5 +1,7 @@
 #include "spotify/SpotifyItem.h"
 
+#include "core/Numbers.h"
+
 #include <QJsonArray>
 
 namespace MirlPlayer {
@@ -21,10 +23,7 @@ std::optional<QJsonArray> objectList(const QJsonValue& value) {
 std::optional<qint64> integerValue(const QJsonValue& value) {
     if (!value.isDouble())
         return std::nullopt;
-    const double d = value.toDouble();
-    if (d != double(qint64(d)))
-        return std::nullopt;
-    return qint64(d);
+    return exactInt64(value.toDouble());
 }
 
 std::optional<QUrl> imageURL(const QJsonObject& image) {

@@ -1,6 +1,7 @@
 #include "spotify/SpotifyLibrary.h"
 
 #include "core/Clock.h"
+#include "core/Numbers.h"
 #include "core/Preferences.h"
 
 #include <QCoro/QCoroNetworkReply>
@@ -16,6 +17,16 @@
 
 namespace MirlPlayer {
 
+namespace {
+
+// Seconds since 1970 as a date; what lies beyond the years a date can hold is held at the edge.
+QDateTime momentOf(double seconds) {
+    constexpr qint64 limit = 100'000LL * 365 * 24 * 3600 * 1000; // a hundred thousand years
+    return QDateTime::fromMSecsSinceEpoch(clampedInt64(seconds * 1000.0, -limit, limit));
+}
+
+} // namespace
+
 // --- the request path ---
 
 double SpotifyLibrary::pauseMoment() const {
@@ -28,7 +39,7 @@ double SpotifyLibrary::pauseMoment() const {
 }
 
 QString SpotifyLibrary::rateLimitMessage() const {
-    const QDateTime moment = QDateTime::fromMSecsSinceEpoch(qint64(pauseMoment() * 1000.0));
+    const QDateTime moment = momentOf(pauseMoment());
     return QStringLiteral("Spotify has temporarily limited requests. Try again after ") +
            QLocale().toString(moment.time(), QLocale::ShortFormat) +
            QStringLiteral(". MIRL will pause requests until then.");
@@ -41,7 +52,8 @@ QCoro::Task<void> SpotifyLibrary::sleepUntil(double moment) {
         co_await m_sleeper(moment);
         co_return;
     }
-    const auto wait = std::chrono::milliseconds(qint64(std::ceil((moment - now()) * 1000.0)));
+    const auto wait = std::chrono::milliseconds(
+        clampedInt64(std::ceil((moment - now()) * 1000.0), 0, qint64(maxPauseSeconds * 1000)));
     // A reset ends the wait at once; the caller's generation check then cancels.
     co_await qCoro(this, &SpotifyLibrary::sessionReset, wait);
 }
@@ -111,7 +123,7 @@ QCoro::Task<SpotifyResponse> SpotifyLibrary::request(QString path, QString metho
             (ok && std::isfinite(parsed)) ? std::clamp(parsed, 1.0, maxPauseSeconds) : 30.0;
         const double moment = std::max(now() + wait, pauseMoment());
         m_defaults.setValue(retryAfterKey(), moment);
-        const QDateTime local = QDateTime::fromMSecsSinceEpoch(qint64(moment * 1000.0));
+        const QDateTime local = momentOf(moment);
         log(QStringLiteral("Spotify API rate limited; requests paused until ") +
             local.toOffsetFromUtc(local.offsetFromUtc()).toString(Qt::ISODate));
         throw SpotifyFailure(rateLimitMessage());

@@ -1,6 +1,7 @@
 #include "FakeMprisPlayer.h"
 #include "core/Preferences.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
+#include "platform/linux/mpris/MusicSlot.h"
 
 #include <QCoreApplication>
 #include <QDBusObjectPath>
@@ -95,6 +96,17 @@ private Q_SLOTS:
         QTest::newRow("an advert has no track URI")
             << playing(ad) << filled(Source::spotify, true, "Song", "Ann, Bo", "Record", 245000, 0);
         QTest::newRow("stopped") << playing(full, 0, "Stopped") << Snapshot::empty(Source::spotify);
+        QTest::newRow("paused on no track")
+            << playing({{"mpris:trackid", QVariant::fromValue(QDBusObjectPath(
+                                              "/org/mpris/MediaPlayer2/TrackList/NoTrack"))}},
+                       0, "Paused")
+            << Snapshot::empty(Source::spotify);
+        QTest::newRow("paused, no title, no track id")
+            << playing({{"xesam:artist", "x"}}, 0, "Paused") << Snapshot::empty(Source::spotify);
+        QTest::newRow("paused, no title, a real track id")
+            << playing({{"mpris:trackid", QVariant::fromValue(QDBusObjectPath("/t/1"))}}, 0,
+                       "Paused")
+            << filled(Source::spotify, false, "", "", "", 0, 0);
         QTest::newRow("no state") << QVariantMap{{"Metadata", full}}
                                   << Snapshot::empty(Source::spotify);
         QTest::newRow("state of the wrong type")
@@ -225,6 +237,9 @@ private Q_SLOTS:
             << QStringList{"SetPosition(/t/1, 0)"};
         QTest::newRow("without a track id, relative to the position")
             << playing({{"xesam:title", "x"}}, 5'000'000) << 20.0 << QStringList{"Seek(15000000)"};
+        QTest::newRow("without a track id or a position, it stays")
+            << QVariantMap{{"PlaybackStatus", "Playing"}, {"Metadata", QVariantMap{}}} << 20.0
+            << QStringList{};
         QTest::newRow("track id that is no object path")
             << playing({{"mpris:trackid", "not a path"}}, 25'000'000) << 20.0
             << QStringList{"Seek(-5000000)"};
@@ -265,41 +280,141 @@ private Q_SLOTS:
         QCOMPARE(changes, 2);
     }
 
-    void musicIsTheNamedPlayerElseCiderElseTheFirst() {
+    // Two moments: the players and which of them play, then the part Music.
+    void musicSlotRule_data() {
+        QTest::addColumn<QStringList>("players1");
+        QTest::addColumn<QStringList>("playing1");
+        QTest::addColumn<QStringList>("players2");
+        QTest::addColumn<QStringList>("playing2");
+        QTest::addColumn<QString>("setting");
+        QTest::addColumn<QString>("music1");
+        QTest::addColumn<QString>("music2");
+        const QStringList two{"vlc", "amarok"};
+        QTest::newRow("named in the setting, whatever plays")
+            << two << QStringList{"amarok"} << two << QStringList{"amarok"} << "VLC"
+            << "vlc"
+            << "vlc";
+        QTest::newRow("named instance")
+            << QStringList{"mpv.instance42", "amarok"} << QStringList{}
+            << QStringList{"mpv.instance42", "amarok"} << QStringList{"amarok"} << "mpv"
+            << "mpv.instance42"
+            << "mpv.instance42";
+        QTest::newRow("named one absent: the rule")
+            << two << QStringList{"vlc"} << two << QStringList{"vlc"} << "gone"
+            << "vlc"
+            << "vlc";
+        QTest::newRow("nothing played: the first that is no browser")
+            << QStringList{"chromium.instance7", "firefox.instance_1_2", "vlc"} << QStringList{}
+            << QStringList{"chromium.instance7", "firefox.instance_1_2", "vlc"} << QStringList{}
+            << ""
+            << "vlc"
+            << "vlc";
+        QTest::newRow("a browser only while nothing else plays")
+            << QStringList{"chromium.instance7", "vlc"} << QStringList{"chromium.instance7"}
+            << QStringList{"chromium.instance7", "vlc"} << QStringList{"chromium.instance7", "vlc"}
+            << ""
+            << "chromium.instance7"
+            << "vlc";
+        QTest::newRow("phone and browser bridges are browsers")
+            << QStringList{"kdeconnect.mpris_phone", "plasma-browser-integration", "zz"}
+            << QStringList{"kdeconnect.mpris_phone", "plasma-browser-integration"}
+            << QStringList{"kdeconnect.mpris_phone", "plasma-browser-integration", "zz"}
+            << QStringList{"kdeconnect.mpris_phone", "plasma-browser-integration", "zz"} << ""
+            << "kdeconnect.mpris_phone"
+            << "zz";
+        QTest::newRow("no change mid-song when another starts")
+            << two << QStringList{"vlc"} << two << two << ""
+            << "vlc"
+            << "vlc";
+        QTest::newRow("a paused choice yields to one that plays")
+            << two << QStringList{"vlc"} << two << QStringList{"amarok"} << ""
+            << "vlc"
+            << "amarok";
+        QTest::newRow("nothing plays: the one that played last")
+            << two << QStringList{"vlc"} << two << QStringList{} << ""
+            << "vlc"
+            << "vlc";
+        QTest::newRow("the choice leaves")
+            << two << QStringList{"vlc"} << QStringList{"amarok"} << QStringList{} << ""
+            << "vlc"
+            << "amarok";
+        QTest::newRow("the last one leaves")
+            << two << QStringList{} << QStringList{} << QStringList{} << ""
+            << "amarok"
+            << "";
+    }
+    void musicSlotRule() {
+        QFETCH(QStringList, players1);
+        QFETCH(QStringList, playing1);
+        QFETCH(QStringList, players2);
+        QFETCH(QStringList, playing2);
+        QFETCH(QString, setting);
+        QFETCH(QString, music1);
+        QFETCH(QString, music2);
+        const auto full = [](const QStringList& names) {
+            QStringList out;
+            for (const QString& name : names)
+                out.append("org.mpris.MediaPlayer2." + name);
+            return out;
+        };
+        const auto set = [&](const QStringList& names) {
+            const QStringList list = full(names);
+            return QSet<QString>(list.begin(), list.end());
+        };
+        const auto shortOf = [](const QString& name) { return name.section(u'.', 3); };
+        Mpris::MusicSlot slot;
+        QVERIFY(slot.update(full(players1), set(playing1), setting).has_value());
+        QCOMPARE(shortOf(slot.current()), music1);
+        // A change always comes with its reason, and only a change.
+        QCOMPARE(slot.update(full(players2), set(playing2), setting).has_value(), music1 != music2);
+        QCOMPARE(shortOf(slot.current()), music2);
+    }
+
+    // Through the bus: statuses read once on appearing, then followed through the signals.
+    void musicFollowsThePlayerThatPlays() {
         FakeMprisPlayer vlc(m_bus->address(), "org.mpris.MediaPlayer2.vlc");
         FakeMprisPlayer amarok(m_bus->address(), "org.mpris.MediaPlayer2.amarok");
-        int changes = 0;
+        vlc.setPlayerProperties(playing({{"xesam:title", "V"}}));
+        amarok.setPlayerProperties(playing({{"xesam:title", "A"}}, 0, "Paused"));
         auto bridge = makeBridge();
-        QCOMPARE(bridge->serviceFor(Source::music),
-                 QStringLiteral("org.mpris.MediaPlayer2.amarok"));
-        {
-            FakeMprisPlayer cider(m_bus->address(), "org.mpris.MediaPlayer2.cider");
-            QTRY_COMPARE(bridge->serviceFor(Source::music),
-                         QStringLiteral("org.mpris.MediaPlayer2.cider"));
-            changes = 0;
-            bridge->setChangeHandler([&] { ++changes; });
-            m_prefs->setValue("musicPlayer", "VLC");
-            QCOMPARE(bridge->serviceFor(Source::music),
-                     QStringLiteral("org.mpris.MediaPlayer2.vlc"));
-            QCOMPARE(changes, 1);
-        }
-        FakeMprisPlayer instance(m_bus->address(), "org.mpris.MediaPlayer2.mpv.instance4242");
-        m_prefs->setValue("musicPlayer", "mpv");
+        QCOMPARE(bridge->fetch(Source::music).title, QStringLiteral("V"));
+        QCOMPARE(bridge->serviceFor(Source::music), QStringLiteral("org.mpris.MediaPlayer2.vlc"));
+        const auto status = [](FakeMprisPlayer& player, const char* value) {
+            player.emitSignal("org.freedesktop.DBus.Properties", "PropertiesChanged",
+                              {"org.mpris.MediaPlayer2.Player",
+                               QVariantMap{{"PlaybackStatus", value}}, QStringList{}});
+        };
+        status(amarok, "Playing"); // vlc still plays: no change
+        QTest::qWait(50);
+        QCOMPARE(bridge->serviceFor(Source::music), QStringLiteral("org.mpris.MediaPlayer2.vlc"));
+        status(vlc, "Paused");
         QTRY_COMPARE(bridge->serviceFor(Source::music),
-                     QStringLiteral("org.mpris.MediaPlayer2.mpv.instance4242"));
-        m_prefs->setValue("musicPlayer", "gone");
-        QCOMPARE(bridge->serviceFor(Source::music),
-                 QStringLiteral("org.mpris.MediaPlayer2.amarok"));
-        QVERIFY(bridge->serviceFor(Source::spotify).isEmpty());
+                     QStringLiteral("org.mpris.MediaPlayer2.amarok"));
+        m_prefs->setValue("musicPlayer", "VLC");
+        QCOMPARE(bridge->serviceFor(Source::music), QStringLiteral("org.mpris.MediaPlayer2.vlc"));
     }
 
     void pidAndNameComeFromTheBus() {
-        FakeMprisPlayer player(m_bus->address(), "org.mpris.MediaPlayer2.mpv");
+        auto player = std::make_unique<FakeMprisPlayer>(m_bus->address(),
+                                                        "org.mpris.MediaPlayer2.mpv.instance9");
+        player->setPlayerProperties(playing({{"xesam:title", "x"}}));
         auto bridge = makeBridge();
         QCOMPARE(bridge->pid(Source::music),
                  std::optional<qint64>(QCoreApplication::applicationPid()));
+        // The name is read by a sample and kept; asking for it never calls the player.
+        QCOMPARE(bridge->displayName(Source::music), QStringLiteral("mpv"));
+        bridge->fetch(Source::music);
+        const int calls = bridge->callsMade();
         QCOMPARE(bridge->displayName(Source::music), QStringLiteral("Fake Player"));
-        player.setIdentity(" ");
+        QCOMPARE(bridge->callsMade(), calls);
+        // Another process under the same name: its own name, here a blank one.
+        player.reset();
+        QTRY_VERIFY(bridge->serviceFor(Source::music).isEmpty());
+        player = std::make_unique<FakeMprisPlayer>(m_bus->address(),
+                                                   "org.mpris.MediaPlayer2.mpv.instance9");
+        player->setIdentity(" ");
+        QTRY_VERIFY(!bridge->serviceFor(Source::music).isEmpty());
+        bridge->fetch(Source::music);
         QCOMPARE(bridge->displayName(Source::music), QStringLiteral("mpv"));
         QCOMPARE(bridge->displayName(Source::spotify), QStringLiteral("Spotify"));
     }

@@ -229,11 +229,25 @@ private Q_SLOTS:
         rig.sample(noSpotify, a);
         QCOMPARE(QColor(rig.state.artwork().pixel(0, 0)), QColor(Qt::red));
 
-        // A track without a usable address clears the artwork and the accent.
+        // A track without a usable address clears the artwork and the accent, and the palette
+        // of A, still on its way, is dropped when it lands.
         rig.state.publishAccent(Qt::green);
         rig.sample(noSpotify, track(Source::music, "C", true));
         QVERIFY(!rig.state.hasArtwork());
         QCOMPARE(rig.state.accent(), QColor(Qt::white));
+        rig.controller->queue().sync([] {});
+        QCoreApplication::processEvents();
+        QCOMPARE(rig.state.accent(), QColor(Qt::white));
+
+        // A cover that cannot be read shows no artwork, not the one before.
+        rig.sample(noSpotify, a);
+        Snapshot d = track(Source::music, "D", true);
+        QFile broken(dir.filePath("d.png"));
+        QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("not an image") > 0);
+        broken.close();
+        d.artURL = QUrl::fromLocalFile(broken.fileName()).toString();
+        rig.sample(noSpotify, d);
+        QTRY_VERIFY(!rig.state.hasArtwork());
     }
 
     void commandsGoToTheTargetAndAreLogged() {

@@ -102,6 +102,8 @@ private Q_SLOTS:
             << QByteArray(R"({"album_type":"single","total_tracks":3})") << "Single";
         QTest::newRow("single, count not a number")
             << QByteArray(R"({"album_type":"single","total_tracks":"9"})") << "Single";
+        QTest::newRow("single, count beyond any integer")
+            << QByteArray(R"({"album_type":"single","total_tracks":1e300})") << "Single";
         QTest::newRow("appears_on") << QByteArray(R"({"album_type":"appears_on"})") << "";
         QTest::newRow("missing") << QByteArray(R"({})") << "";
     }

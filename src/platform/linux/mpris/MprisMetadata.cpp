@@ -9,11 +9,6 @@ namespace MirlPlayer::Mpris {
 
 namespace {
 
-bool isNameOrInstance(const QString& name, const QString& base) {
-    return name.compare(base, Qt::CaseInsensitive) == 0 ||
-           name.startsWith(base + u'.', Qt::CaseInsensitive);
-}
-
 QString joinedArtists(const QVariant& value) {
     if (value.metaType().id() == QMetaType::QString)
         return cleanText(value);
@@ -27,7 +22,20 @@ QString joinedArtists(const QVariant& value) {
     return cleanText(names.join(QStringLiteral(", ")));
 }
 
+QString trackIdPath(const QVariant& trackId) {
+    if (trackId.metaType() == QMetaType::fromType<QDBusObjectPath>())
+        return trackId.value<QDBusObjectPath>().path();
+    if (trackId.metaType().id() == QMetaType::QString)
+        return trackId.toString();
+    return {};
+}
+
 } // namespace
+
+bool isNameOrInstance(const QString& name, const QString& base) {
+    return name.compare(base, Qt::CaseInsensitive) == 0 ||
+           name.startsWith(base + u'.', Qt::CaseInsensitive);
+}
 
 QString cleanText(const QVariant& value) {
     if (value.metaType().id() != QMetaType::QString)
@@ -41,6 +49,10 @@ QString cleanText(const QVariant& value) {
 }
 
 double microsecondsToMs(const QVariant& value) {
+    return readMicroseconds(value).value_or(0.0);
+}
+
+std::optional<double> readMicroseconds(const QVariant& value) {
     double us = 0;
     switch (value.metaType().id()) {
     case QMetaType::LongLong:
@@ -59,10 +71,10 @@ double microsecondsToMs(const QVariant& value) {
         us = value.toDouble();
         break;
     default:
-        return 0;
+        return std::nullopt;
     }
     if (!std::isfinite(us) || us < 0)
-        return 0;
+        return std::nullopt;
     return us / 1000.0;
 }
 
@@ -80,13 +92,7 @@ QVariantMap metadataMap(const QVariant& value) {
 }
 
 std::optional<QString> spotifyTrackURI(const QVariant& trackId) {
-    QString id;
-    if (trackId.metaType() == QMetaType::fromType<QDBusObjectPath>())
-        id = trackId.value<QDBusObjectPath>().path();
-    else if (trackId.metaType().id() == QMetaType::QString)
-        id = trackId.toString();
-    else
-        return std::nullopt;
+    const QString id = trackIdPath(trackId);
     static const QRegularExpression form(
         QStringLiteral(R"(\A(?:/com/spotify/track/|spotify:track:)([A-Za-z0-9]{1,64})\z)"));
     const auto m = form.match(id);
@@ -109,6 +115,9 @@ Snapshot snapshotFromPlayerProperties(const QVariantMap& properties, Source sour
     s.hasTrack = true;
     s.playing = state == u"Playing";
     s.title = cleanText(metadata.value(QStringLiteral("xesam:title")));
+    const QString trackId = trackIdPath(metadata.value(QStringLiteral("mpris:trackid")));
+    if (!s.playing && s.title.isEmpty() && (trackId.isEmpty() || trackId == noTrackId))
+        return Snapshot::empty(source);
     s.artist = joinedArtists(metadata.value(QStringLiteral("xesam:artist")));
     s.album = cleanText(metadata.value(QStringLiteral("xesam:album")));
     s.durationMs = microsecondsToMs(metadata.value(QStringLiteral("mpris:length")));
@@ -121,36 +130,18 @@ Snapshot snapshotFromPlayerProperties(const QVariantMap& properties, Source sour
     return s;
 }
 
-PlayerNames choosePlayers(QStringList names, const QString& spotifyService,
-                          const QString& musicPlayer) {
+PlayerNames splitPlayers(QStringList names, const QString& spotifyService) {
     names.sort();
-    PlayerNames chosen;
-    QStringList others;
-    for (const QString& name : names) {
+    PlayerNames split;
+    for (const QString& name : std::as_const(names)) {
         if (!name.startsWith(namePrefix))
             continue;
-        if (isNameOrInstance(name, spotifyService)) {
-            if (chosen.spotify.isEmpty())
-                chosen.spotify = name;
-        } else {
-            others.append(name);
-        }
+        if (!isNameOrInstance(name, spotifyService))
+            split.others.append(name);
+        else if (split.spotify.isEmpty())
+            split.spotify = name;
     }
-    const auto find = [&](const QString& player) -> QString {
-        if (player.isEmpty())
-            return {};
-        for (const QString& name : others) {
-            if (isNameOrInstance(name.mid(namePrefix.size()), player))
-                return name;
-        }
-        return {};
-    };
-    chosen.music = find(musicPlayer.trimmed());
-    if (chosen.music.isEmpty())
-        chosen.music = find(QStringLiteral("cider"));
-    if (chosen.music.isEmpty() && !others.isEmpty())
-        chosen.music = others.first();
-    return chosen;
+    return split;
 }
 
 } // namespace MirlPlayer::Mpris

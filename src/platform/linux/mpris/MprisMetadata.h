@@ -22,8 +22,9 @@ inline constexpr qsizetype maxTextLength = 1024;
 
 // The snapshot of one player from the properties of org.mpris.MediaPlayer2.Player (GetAll):
 // "Playing" plays, "Paused" has a track, anything else ("Stopped", missing, a wrong type) is the
-// empty snapshot. Lengths and positions are microseconds; the snapshot holds milliseconds. The
-// track URI is filled for Spotify only.
+// empty snapshot, and so is a "Paused" answer with no title and no real track id (what players
+// give between tracks or with an empty playlist). Lengths and positions are microseconds; the
+// snapshot holds milliseconds. The track URI is filled for Spotify only.
 Snapshot snapshotFromPlayerProperties(const QVariantMap& properties, Source source);
 
 // Spotify's track id in either of its forms, "/com/spotify/track/ID" or "spotify:track:ID", as
@@ -38,19 +39,25 @@ QVariantMap metadataMap(const QVariant& value);
 // maxTextLength. Non-text values give an empty text.
 QString cleanText(const QVariant& value);
 
-// Microseconds as sent by a player (any integer or floating type) to milliseconds; 0 for a
+// Microseconds as sent by a player (any integer or floating type) to milliseconds; none for a
 // negative, non-finite or non-numeric value.
+std::optional<double> readMicroseconds(const QVariant& value);
+// The same with 0 for what cannot be read.
 double microsecondsToMs(const QVariant& value);
 
-// The bus names that play the two parts, out of every org.mpris.MediaPlayer2.* name on the bus.
-// Spotify is `spotifyService` itself or one of its ".instance" names. Music is the player named
-// by `musicPlayer` (the part after "org.mpris.MediaPlayer2.", an ".instanceN" suffix allowed),
-// else an Apple Music client (Cider), else the first other player in name order.
+// The track id MPRIS reserves for "no track".
+inline constexpr QStringView noTrackId = u"/org/mpris/MediaPlayer2/TrackList/NoTrack";
+
+// Splits every org.mpris.MediaPlayer2.* name on the bus into Spotify (`spotifyService` itself or
+// one of its ".instance" names) and the others, in name order; the part "Music" is chosen among
+// the others by MusicSlot.
 struct PlayerNames {
     QString spotify;
-    QString music;
+    QStringList others;
 };
-PlayerNames choosePlayers(QStringList names, const QString& spotifyService,
-                          const QString& musicPlayer);
+PlayerNames splitPlayers(QStringList names, const QString& spotifyService);
+
+// Whether `name` is `base` or one of its ".instance" names, in any case.
+bool isNameOrInstance(const QString& name, const QString& base);
 
 } // namespace MirlPlayer::Mpris

@@ -1,5 +1,6 @@
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 
+#include "core/Numbers.h"
 #include "core/Preferences.h"
 
 #include <QDBusConnectionInterface>
@@ -60,6 +61,7 @@ MprisPlayerBridge::MprisPlayerBridge(Preferences& preferences, const QDBusConnec
             QMutexLocker lock(&m_mutex);
             m_musicPlayer = value;
         }
+        chooseMusic();
         notifyChanged();
     });
     if (!m_bus.isConnected()) {
@@ -87,6 +89,7 @@ MprisPlayerBridge::MprisPlayerBridge(Preferences& preferences, const QDBusConnec
             m_owners.insert(name, owner.arguments().constFirst().toString());
         }
     }
+    chooseMusic();
 }
 
 QDBusMessage MprisPlayerBridge::call(const QString& service, const QString& path,
@@ -107,16 +110,22 @@ QVariant MprisPlayerBridge::property(const QString& service, const QString& inte
     return reply.arguments().constFirst().value<QDBusVariant>().variant();
 }
 
-QString MprisPlayerBridge::serviceFor(Source source) const {
-    if (source == Source::none)
-        return {};
+void MprisPlayerBridge::learnIdentity(const QString& service) {
+    {
+        QMutexLocker lock(&m_mutex);
+        if (m_identities.contains(service) || !m_owners.contains(service))
+            return;
+    }
+    const QString identity =
+        Mpris::cleanText(property(service, rootInterface, QStringLiteral("Identity"))).trimmed();
     QMutexLocker lock(&m_mutex);
-    const auto chosen =
-        Mpris::choosePlayers(m_owners.keys(), m_options.spotifyService, m_musicPlayer);
-    return source == Source::spotify ? chosen.spotify : chosen.music;
+    if (m_owners.contains(service))
+        m_identities.insert(service, identity);
 }
 
 Snapshot MprisPlayerBridge::fetch(Source source) {
+    if (source == Source::music)
+        learnPlaybackStatuses();
     const QString service = serviceFor(source);
     if (service.isEmpty())
         return Snapshot::empty(source);
@@ -126,8 +135,14 @@ Snapshot MprisPlayerBridge::fetch(Source source) {
         qCDebug(lcMpris) << "sample of" << service << "failed:" << reply.errorName();
         return Snapshot::empty(source);
     }
-    return Mpris::snapshotFromPlayerProperties(Mpris::metadataMap(reply.arguments().constFirst()),
-                                               source);
+    const QVariantMap properties = Mpris::metadataMap(reply.arguments().constFirst());
+    if (source == Source::music) {
+        learnIdentity(service);
+        // The sample is fresher news of this player than its last signal.
+        notePlaying(service, properties.value(QStringLiteral("PlaybackStatus")));
+        chooseMusic();
+    }
+    return Mpris::snapshotFromPlayerProperties(properties, source);
 }
 
 void MprisPlayerBridge::command(Source source, const QString& verb) {
@@ -142,7 +157,9 @@ void MprisPlayerBridge::seek(Source source, double seconds) {
     const QString service = serviceFor(source);
     if (service.isEmpty() || !std::isfinite(seconds))
         return;
-    const auto target = qint64(std::max(seconds, 0.0) * 1e6);
+    // Microseconds; a year is far beyond any track, and keeps the sums below in range.
+    constexpr qint64 longest = 24LL * 3600 * 1'000'000 * 365;
+    const qint64 target = clampedInt64(seconds * 1e6, 0, longest);
     // SetPosition names the track it means, so a seek that arrives after a track change is
     // ignored by the player rather than applied to the wrong song.
     const QVariantMap metadata =
@@ -158,11 +175,14 @@ void MprisPlayerBridge::seek(Source source, double seconds) {
              {QVariant::fromValue(path), QVariant::fromValue(target)});
         return;
     }
-    // A player without track ids can still move relative to where it is.
-    const double nowMs =
-        Mpris::microsecondsToMs(property(service, playerInterface, QStringLiteral("Position")));
+    // A player without track ids can still move relative to where it is; when it will not say
+    // where that is, a relative jump would land anywhere, so it stays.
+    const auto nowMs =
+        Mpris::readMicroseconds(property(service, playerInterface, QStringLiteral("Position")));
+    if (!nowMs)
+        return;
     call(service, mprisPath, playerInterface, QStringLiteral("Seek"),
-         {QVariant::fromValue(target - qint64(nowMs * 1000))});
+         {QVariant::fromValue(target - clampedInt64(*nowMs * 1000, 0, longest))});
 }
 
 std::optional<qint64> MprisPlayerBridge::pid(Source source) {
@@ -186,9 +206,9 @@ QString MprisPlayerBridge::displayName(Source source) {
     const QString service = serviceFor(source);
     if (service.isEmpty())
         return sourceRawValue(source);
-    const QString identity =
-        Mpris::cleanText(property(service, rootInterface, QStringLiteral("Identity")));
-    if (!identity.trimmed().isEmpty())
+    QMutexLocker lock(&m_mutex);
+    const QString identity = m_identities.value(service);
+    if (!identity.isEmpty())
         return identity;
     return service.mid(Mpris::namePrefix.size()).section(u'.', 0, 0);
 }
@@ -224,39 +244,6 @@ void MprisPlayerBridge::openUrl(const QUrl& url) {
         return;
     }
     QDesktopServices::openUrl(url);
-}
-
-void MprisPlayerBridge::onNameOwnerChanged(const QString& name, const QString& oldOwner,
-                                           const QString& newOwner) {
-    if (!name.startsWith(Mpris::namePrefix))
-        return;
-    {
-        QMutexLocker lock(&m_mutex);
-        if (newOwner.isEmpty())
-            m_owners.remove(name);
-        else
-            m_owners.insert(name, newOwner);
-    }
-    // A player that appears or leaves changes what the panel shows.
-    notifyChanged();
-}
-
-bool MprisPlayerBridge::isChosenOwner(const QString& uniqueName) const {
-    QMutexLocker lock(&m_mutex);
-    const auto chosen =
-        Mpris::choosePlayers(m_owners.keys(), m_options.spotifyService, m_musicPlayer);
-    return (!chosen.spotify.isEmpty() && m_owners.value(chosen.spotify) == uniqueName) ||
-           (!chosen.music.isEmpty() && m_owners.value(chosen.music) == uniqueName);
-}
-
-void MprisPlayerBridge::onPlayerSignal(const QDBusMessage& message) {
-    if (message.member() == u"PropertiesChanged") {
-        const QVariantList args = message.arguments();
-        if (args.isEmpty() || args.constFirst().toString() != playerInterface)
-            return;
-    }
-    if (isChosenOwner(message.service()))
-        notifyChanged();
 }
 
 } // namespace MirlPlayer

@@ -2,11 +2,13 @@
 
 #include "platform/PlayerBridge.h"
 #include "platform/linux/mpris/MprisMetadata.h"
+#include "platform/linux/mpris/MusicSlot.h"
 
 #include <QDBusConnection>
 #include <QHash>
 #include <QMutex>
 #include <QObject>
+#include <QSet>
 #include <atomic>
 
 class QDBusMessage;
@@ -16,18 +18,19 @@ namespace MirlPlayer {
 class Preferences;
 
 // The players on Linux, through MPRIS 2 on the session bus. Spotify is its own MPRIS name; the
-// other part, "Music", is the player named in the setting `musicPlayer`, else an Apple Music
-// client, else the first other MPRIS player.
+// other part, "Music", is chosen among the other players by MusicSlot, from what they play.
 //
 // Which players exist is learnt from the bus's NameOwnerChanged, so sampling a player that is not
-// there costs no call at all. Every call to a player has a time limit (5 s), so a hung player
-// stalls only the queue that sampled it and yields an empty snapshot. A player's
-// PropertiesChanged and Seeked signals, and players coming and going, are the change
-// notification.
+// there costs no call at all. Whether the others play is learnt from their PropertiesChanged,
+// and read once per player on the poll queue when it appears. Every call to a player has a time
+// limit (5 s), so a hung player stalls only the queue that sampled it and yields an empty
+// snapshot. A player's PropertiesChanged and Seeked signals, and players coming and going, are the
+// change notification.
 //
-// fetch, command, seek, pid and displayName may be called from any thread (they are called on
-// the poll queue); the object itself lives on the thread that created it, which must run an event
-// loop for the bus's signals to arrive.
+// fetch, command, seek and pid may be called from any thread (they are called on the poll queue)
+// and may block it; displayName only reads what the poll queue learnt and never waits. The object
+// itself lives on the thread that created it, which must run an event loop for the bus's signals
+// to arrive.
 class MprisPlayerBridge final : public QObject, public PlayerBridge {
     Q_OBJECT
 public:
@@ -63,6 +66,12 @@ private:
                       const QString& method, const QVariantList& arguments = {});
     QVariant property(const QString& service, const QString& interface, const QString& name);
     bool isChosenOwner(const QString& uniqueName) const;
+    // Poll queue: reads whether the players that appeared since play, and the name of `service`.
+    void learnPlaybackStatuses();
+    void learnIdentity(const QString& service);
+    void notePlaying(const QString& name, const QVariant& status);
+    // Lets MusicSlot choose again; logs and announces a new choice.
+    void chooseMusic();
 
     QDBusConnection m_bus;
     Options m_options;
@@ -72,6 +81,10 @@ private:
     mutable QMutex m_mutex;
     QHash<QString, QString> m_owners; // MPRIS bus name → unique name of its owner
     QString m_musicPlayer;            // copy of the setting, for reads off the GUI thread
+    Mpris::MusicSlot m_slot;
+    QSet<QString> m_statusKnown;          // players whose PlaybackStatus was read or announced
+    QSet<QString> m_playing;              // of those, the ones that play
+    QHash<QString, QString> m_identities; // bus name → the player's own name (Identity)
 };
 
 } // namespace MirlPlayer
