@@ -16,6 +16,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QFile>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
@@ -189,6 +190,40 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(m_state->isPlaying(), 10000);
         QTRY_COMPARE_WITH_TIMEOUT(m_engine->tappedPID(), m_player, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(m_settings->status().startsWith(u"Receiving audio from "), 10000);
+    }
+
+    // A player whose bus name and sound come from different processes, as browsers and Electron
+    // players are: the parent announces itself over MPRIS and plays nothing; its child plays.
+    void hearsAPlayerWhoseSoundComesFromItsChild() {
+        m_session->stopPlayer(m_player);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_state->isPlaying(), 10000);
+        QFile script(m_dir.filePath(QStringLiteral("child.lua")));
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        // Started once playing, so that it ends with the parent's playback.
+        script.write(QStringLiteral("mp.register_event('file-loaded', function() "
+                                    "mp.command_native_async({name = 'subprocess', "
+                                    "playback_only = true, args = {'mpv', '--no-config', "
+                                    "'--load-scripts=no', '--vo=null', '--no-video', "
+                                    "'--loop=inf', '--really-quiet', '--ao=pipewire', '%1'}}, "
+                                    "function() end) end)\n")
+                         .arg(chord)
+                         .toUtf8());
+        script.close();
+        m_player = m_session->startPlayer(
+            QStringLiteral("av://lavfi:anullsrc=r=48000"),
+            {u"--script=" + mprisPlugin, u"--script=" + script.fileName(), u"--ao=null"_qs});
+        QTRY_VERIFY_WITH_TIMEOUT(m_state->isPlaying(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_settings->status().startsWith(u"Receiving audio from "), 10000);
+        QCOMPARE(m_engine->tappedPID(), m_player);
+        m_peak.clear();
+        QTest::qWait(1500);
+        QCOMPARE(m_peak.size(), 128);
+        QVERIFY2(std::abs(loudestBand(m_peak) - bandOf(110)) <= 1,
+                 qPrintable(QString::number(loudestBand(m_peak))));
+        QVERIFY(m_peak[bandOf(3000)] < 0.15);
+        // The child goes with its parent.
+        m_session->stopPlayer(m_player);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_capture->hasStream(), 5000);
     }
 };
 
