@@ -222,12 +222,18 @@ void SpotifyLibrary::endSignInFlow() {
     setConnecting(false);
 }
 
-QCoro::Task<void> SpotifyLibrary::finish(QNetworkReply* reply) {
+QCoro::Task<int> SpotifyLibrary::answerStatus(QNetworkReply* reply, int generation) {
     // Queued, so that a reset never resumes a waiting flow in the middle of itself.
     connect(this, &SpotifyLibrary::sessionReset, reply, &QNetworkReply::abort,
             Qt::QueuedConnection);
     if (!reply->isFinished())
         co_await qCoro(reply, &QNetworkReply::finished);
+    if (generation != m_generation)
+        throw SpotifyCancellation();
+    const QVariant status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    if (!status.isValid())
+        throw SpotifySystemError(reply->errorString());
+    co_return status.toInt();
 }
 
 } // namespace MirlPlayer

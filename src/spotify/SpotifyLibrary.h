@@ -187,8 +187,9 @@ private:
     QCoro::Task<void> refreshToken(int generation);
     QCoro::Task<void> runRefresh(std::shared_ptr<RefreshFlight> flight, int generation);
     QCoro::Task<void> sleepUntil(double moment);
-    // Waits for the reply; a session reset aborts it.
-    QCoro::Task<void> finish(QNetworkReply* reply);
+    // Waits for the reply of a request sent in `generation` and gives its HTTP status. A session
+    // reset aborts it and ends in a cancellation; a transport error raises as it is.
+    QCoro::Task<int> answerStatus(QNetworkReply* reply, int generation);
     QCoro::Task<QJsonArray> deviceList();
 
     Preferences& m_defaults; // rateLimitDefaults and the client ID setting

@@ -102,14 +102,7 @@ QCoro::Task<SpotifyResponse> SpotifyLibrary::request(QString path, QString metho
         raw = m_session.sendCustomRequest(request, method.toUtf8(), payload);
     std::unique_ptr<QNetworkReply, void (*)(QNetworkReply*)> reply(
         raw, [](QNetworkReply* r) { r->deleteLater(); });
-    co_await finish(reply.get());
-    if (generation != m_generation)
-        throw SpotifyCancellation();
-
-    const QVariant statusAttribute = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (!statusAttribute.isValid())
-        throw SpotifySystemError(reply->errorString());
-    const int status = statusAttribute.toInt();
+    const int status = co_await answerStatus(reply.get(), generation);
     if (status >= 200 && status <= 299)
         co_return SpotifyResponse{status, reply->readAll()};
 

@@ -66,17 +66,11 @@ QCoro::Task<void> SpotifyLibrary::requestToken(QList<std::pair<QString, QString>
                       QByteArrayLiteral("application/x-www-form-urlencoded"));
     std::unique_ptr<QNetworkReply, void (*)(QNetworkReply*)> reply(
         m_session.post(request, body), [](QNetworkReply* r) { r->deleteLater(); });
-    co_await finish(reply.get());
-    if (generation != m_generation)
-        throw SpotifyCancellation();
-
-    const QVariant statusAttribute = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-    if (!statusAttribute.isValid())
-        throw SpotifySystemError(reply->errorString());
+    const int status = co_await answerStatus(reply.get(), generation);
     const QString failure = QStringLiteral(
         "Spotify could not connect to MIRL PRO. Please try again. If this continues, contact "
         "MIRL PRO support.");
-    if (statusAttribute.toInt() != 200)
+    if (status != 200)
         throw SpotifyFailure(failure);
     QJsonParseError parseError;
     const QJsonDocument doc = QJsonDocument::fromJson(reply->readAll(), &parseError);
