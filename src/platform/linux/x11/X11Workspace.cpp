@@ -39,6 +39,7 @@ Workspace::Application X11Workspace::applicationOf(unsigned long window) {
     if (!m_display || !window)
         return app;
     Display* d = m_display.get();
+    app.window = window;
     if (const auto cls = wmClass(d, window))
         app.id = applicationID(cls->second);
     if (const auto pid = cardinal(d, window, (*m_atoms)("_NET_WM_PID"), XA_CARDINAL))
@@ -52,7 +53,28 @@ Workspace::Application X11Workspace::frontmost() {
     Display* d = m_display.get();
     const auto active =
         cardinal(d, DefaultRootWindow(d), (*m_atoms)("_NET_ACTIVE_WINDOW"), XA_WINDOW);
+    // A reply read here may have brought events along; the socket will not announce those again.
+    if (XEventsQueued(d, QueuedAlready) > 0)
+        QMetaObject::invokeMethod(this, &X11Workspace::readEvents, Qt::QueuedConnection);
     return active ? applicationOf(*active) : Application{};
+}
+
+void X11Workspace::activate(const Application& app) {
+    if (!m_display || !app.window)
+        return;
+    Display* d = m_display.get();
+    XEvent event{};
+    event.xclient.type = ClientMessage;
+    event.xclient.window = Window(app.window);
+    event.xclient.message_type = (*m_atoms)("_NET_ACTIVE_WINDOW");
+    event.xclient.format = 32;
+    // Source indication 2 (a pager): the user's own choice, which window managers do not
+    // hold back as focus stealing.
+    event.xclient.data.l[0] = 2;
+    event.xclient.data.l[1] = CurrentTime;
+    XSendEvent(d, DefaultRootWindow(d), False, SubstructureRedirectMask | SubstructureNotifyMask,
+               &event);
+    XFlush(d);
 }
 
 void X11Workspace::readEvents() {
