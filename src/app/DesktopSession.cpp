@@ -22,6 +22,8 @@ DesktopSession::DesktopSession()
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
     m_busService.registerOn(QDBusConnection::sessionBus());
+    connect(&m_busService, &MirlBusService::reopenRequested, &m_delegate,
+            &AppDelegate::applicationShouldHandleReopen);
     watchActivations();
     // The program's own song queue follows every applied Spotify sample.
     SpotifyQueue::shared().attach(player);
