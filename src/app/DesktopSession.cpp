@@ -24,6 +24,8 @@ DesktopSession::DesktopSession()
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
     m_busService.registerOn(QDBusConnection::sessionBus());
+    connect(&m_busService, &MirlBusService::reopenRequested, &m_delegate,
+            &AppDelegate::applicationShouldHandleReopen);
     // Songs chosen in the program start for real, and Spotify's window is kept back meanwhile.
     m_playRequests =
         std::make_unique<SpotifyPlayRequest>(player, SpotifyLibrary::shared(), m_workspace);
