@@ -4,6 +4,7 @@
 #include "core/Logging.h"
 #include "core/Preferences.h"
 #include "look/LookTypes.h"
+#include "platform/linux/service/MirlBusService.h"
 
 #include <QApplication>
 #include <QQuickWindow>
@@ -52,6 +53,13 @@ int main(int argc, char* argv[]) {
     QApplication::setDesktopFileName(AppDelegate::bundleIdentifier);
     QApplication::setQuitOnLastWindowClosed(false);
     installDebugLogFilter();
+
+    // One running copy: a second launch asks the first to do what opening it again does, and
+    // leaves before it touches anything.
+    if (!MirlBusService::claimName(QDBusConnection::sessionBus())) {
+        MirlBusService::askRunningCopyToReopen(QDBusConnection::sessionBus());
+        return 0;
+    }
     quitOnTerminationSignals(app);
 
     seedFactoryPreferences(Preferences::shared(), QStringLiteral(":/DefaultPreferences.plist"));
