@@ -9,6 +9,8 @@
 #include <QObject>
 #include <memory>
 
+class QMenu;
+
 namespace MirlPlayer {
 
 class NotchPanelHost;
@@ -39,6 +41,7 @@ private:
     AudioEngineHost m_audio;
     std::unique_ptr<SpotifyPlayRequest> m_playRequests;
     std::unique_ptr<NotchPanelHost> m_panel;
+    std::unique_ptr<QMenu> m_contextMenu; // the last one popped up from the panel
 };
 
 } // namespace MirlPlayer
