@@ -188,6 +188,7 @@ StandInWindowManager::~StandInWindowManager() {
     m_notifier.reset();
     if (m_display)
         XCloseDisplay(m_display);
+}
 
 RootProperty::RootProperty(const char* name, const QList<QByteArray>& atoms)
     : m_display(XOpenDisplay(nullptr))
