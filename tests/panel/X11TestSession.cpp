@@ -47,29 +47,43 @@ static bool waitFor(const std::function<bool()>& ready) {
 
 X11TestSession::X11TestSession() {
     // Display numbers below the shared ones, so parallel sessions on this machine do not meet.
+    // Two tests may pick the same free number at once; the display is ours only when its lock
+    // file names our own server, otherwise that server has given up and the next number is tried.
+    QByteArray name;
     for (int n = 97; n > 80 && !m_display; --n) {
-        if (!QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(n)))
+        const QString lock = QStringLiteral("/tmp/.X%1-lock").arg(n);
+        if (QFile::exists(lock))
+            continue;
+        name = ":" + QByteArray::number(n);
+        const pid_t xvfb = spawn({"Xvfb", name, "-screen", "0", "1512x982x24", "+extension", "GLX",
+                                  "-nolisten", "tcp", "-noreset"});
+        if (!xvfb)
+            continue;
+        bool exited = false;
+        const bool ours =
+            waitFor([&] {
+                exited = waitpid(xvfb, nullptr, WNOHANG) == xvfb;
+                if (exited)
+                    return true; // it gave up: the display was taken
+                QFile file(lock);
+                if (!file.open(QIODevice::ReadOnly) || file.readAll().trimmed().toInt() != xvfb)
+                    return false;
+                Display* d = XOpenDisplay(name.constData());
+                if (d)
+                    XCloseDisplay(d);
+                return d != nullptr;
+            }) &&
+            !exited;
+        if (ours) {
             m_display = n;
+            m_xvfb = xvfb;
+        } else if (!exited) {
+            kill(xvfb, SIGTERM);
+            waitpid(xvfb, nullptr, 0);
+        }
     }
     if (!m_display) {
-        m_error = QStringLiteral("no free display number");
-        return;
-    }
-    const QByteArray name = ":" + QByteArray::number(m_display);
-    m_xvfb = spawn({"Xvfb", name, "-screen", "0", "1512x982x24", "+extension", "GLX", "-nolisten",
-                    "tcp", "-noreset"});
-    if (!m_xvfb) {
-        m_error = QStringLiteral("Xvfb did not start");
-        return;
-    }
-    const bool up = waitFor([&] {
-        Display* d = XOpenDisplay(name.constData());
-        if (d)
-            XCloseDisplay(d);
-        return d != nullptr;
-    });
-    if (!up) {
-        m_error = QStringLiteral("Xvfb did not answer");
+        m_error = QStringLiteral("no private X server on any free display number");
         return;
     }
     qputenv("DISPLAY", name);
