@@ -1,6 +1,7 @@
 #include "platform/linux/pipewire/PipeWireCapture.h"
 
 #include "platform/linux/pipewire/PipeWireGraph.h"
+#include "platform/linux/pipewire/SystemProcessFacts.h"
 
 #include <QLoggingCategory>
 #include <QMap>
@@ -13,6 +14,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <map>
 #include <mutex>
 
 Q_LOGGING_CATEGORY(lcPipeWire, "mirl.audio.pipewire")
@@ -21,8 +23,11 @@ namespace MirlPlayer {
 
 namespace {
 
-constexpr int kRoundtripTimeoutMs = 1500;
 constexpr quint32 kRate = 48000;
+constexpr const char* kAppName = "MIRL PRO";
+constexpr const char* kAppID = "com.kestrova.mirlpro";
+// Sound settings list the stream by this name: what it is for, and what it hears.
+constexpr const char* kMediaName = "Visualizer (the player's sound only)";
 constexpr quint32 kChannels = 2;
 
 void initPipeWire() {
@@ -110,32 +115,37 @@ QHash<QString, QString> toHash(const spa_dict* dict) {
 
 struct PipeWireCapture::Impl {
     PipeWireCapture* owner = nullptr;
+    SystemProcessFacts facts;
+    bool wanted = false; // GUI thread
 
-    // The connection, alive from the first need to teardown(). Declared so that destruction in
-    // reverse order frees the stream before the core and the core before context and loop.
+    // The connection, alive while captures are wanted (or, for a caller that never says, from
+    // the first need to teardown()). Declared so that destruction in reverse order frees the
+    // stream before the graph, the graph before the registry and the core before context and
+    // loop.
     ThreadLoopPtr loop;
     ContextPtr context;
     CorePtr core;
     Listener coreListener;
-    bool broken = false; // the server went away; loop thread only while running
+    RegistryPtr registry;
+    Listener registryListener;
+    // Loop thread (read elsewhere only under the loop lock):
+    bool broken = false; // the server went away
+    bool listed = false; // the first listing of globals arrived
+    bool synced = false; // ... and the info of the clients bound while listing
     int syncSeq = 0;
-    bool syncDone = false;
 
-    // Discovery state, used only inside listObjects().
-    struct Bound {
+    // The graph as the registry tells it, kept current on the loop thread. Clients are bound
+    // for their info, which carries the pids and the sandbox of the application.
+    struct Entry {
+        PipeWireObject object;
         ClientPtr client;
         Listener listener;
-        quint32 id = 0;
         Impl* impl = nullptr;
     };
-    std::vector<PipeWireObject> objects;
-    pw_registry* discoveryRegistry = nullptr;
-    std::vector<std::unique_ptr<Bound>> boundClients;
-    QMap<quint64, quint32> nodeBySerial; // serials seen by the last lookup → node ids
+    std::map<quint32, std::unique_ptr<Entry>> graph;
+    QMap<quint64, quint32> nodeBySerial; // GUI thread: serials of the last lookups → node ids
 
     // The running capture.
-    RegistryPtr watcher;
-    Listener watcherListener;
     StreamPtr stream;
     Listener streamListener;
     quint32 targetNode = 0;
@@ -147,14 +157,12 @@ struct PipeWireCapture::Impl {
 
     bool connect();
     void disconnect();
-    bool roundtrip();
-    std::vector<PipeWireObject> listObjects();
+    void stopStream();
     void endCapture(const char* why);
 
     static const pw_core_events coreEvents;
-    static const pw_registry_events discoveryEvents;
+    static const pw_registry_events registryEvents;
     static const pw_client_events clientEvents;
-    static const pw_registry_events watcherEvents;
     static const pw_stream_events streamEvents;
 };
 
@@ -165,9 +173,18 @@ const pw_core_events PipeWireCapture::Impl::coreEvents = [] {
     events.version = PW_VERSION_CORE_EVENTS;
     events.done = [](void* data, uint32_t id, int seq) {
         auto* self = static_cast<Impl*>(data);
-        if (id == PW_ID_CORE && seq == self->syncSeq) {
-            self->syncDone = true;
-            pw_thread_loop_signal(self->loop.get(), false);
+        if (id != PW_ID_CORE || seq != self->syncSeq)
+            return;
+        // The first answer ends the listing of globals; the second the info of the clients
+        // bound during it. From then on the graph is complete and kept so.
+        if (!self->listed) {
+            self->listed = true;
+            self->syncSeq = pw_core_sync(self->core.get(), PW_ID_CORE, self->syncSeq);
+            return;
+        }
+        if (!self->synced) {
+            self->synced = true;
+            self->owner->deliverChanged();
         }
     };
     events.error = [](void* data, uint32_t id, int seq, int res, const char* message) {
@@ -175,37 +192,50 @@ const pw_core_events PipeWireCapture::Impl::coreEvents = [] {
         qCDebug(lcPipeWire) << "server error on" << id << res << message;
         if (id == PW_ID_CORE && res == -EPIPE) {
             self->broken = true;
+            self->synced = false;
             self->endCapture("server gone");
-            pw_thread_loop_signal(self->loop.get(), false);
         }
     };
     return events;
 }();
 
+// Connects and starts following the graph. Nothing here waits for the server: the connection
+// is a local socket, and the listing arrives on the loop thread.
 bool PipeWireCapture::Impl::connect() {
-    if (core)
-        return !broken;
+    if (loop) {
+        bool usable = false;
+        {
+            LoopLock lock(loop.get());
+            usable = core && !broken;
+        }
+        if (usable)
+            return true;
+        disconnect(); // a server that went away; a new one may be there
+    }
     initPipeWire();
     loop.reset(pw_thread_loop_new("mirl-capture", nullptr));
     if (!loop)
         return false;
     context.reset(pw_context_new(pw_thread_loop_get_loop(loop.get()), nullptr, 0));
-    if (!context) {
-        disconnect();
+    if (!context || pw_thread_loop_start(loop.get()) < 0)
         return false;
-    }
-    if (pw_thread_loop_start(loop.get()) < 0) {
-        disconnect();
-        return false;
-    }
     LoopLock lock(loop.get());
-    broken = false;
-    core.reset(pw_context_connect(context.get(), nullptr, 0));
+    broken = listed = synced = false;
+    // The client's names are what the desktop shows for the capture: GNOME and KDE count every
+    // recording stream as a use of the microphone, and KDE names the client in its tooltip.
+    core.reset(pw_context_connect(
+        context.get(), pw_properties_new(PW_KEY_APP_NAME, kAppName, PW_KEY_APP_ID, kAppID, nullptr),
+        0));
     if (!core) {
         qCDebug(lcPipeWire) << "no sound server:" << strerror(errno);
-        return false; // disconnect() below, outside the lock
+        return false;
     }
     pw_core_add_listener(core.get(), coreListener.get(), &coreEvents, this);
+    registry.reset(pw_core_get_registry(core.get(), PW_VERSION_REGISTRY, 0));
+    if (!registry)
+        return false;
+    pw_registry_add_listener(registry.get(), registryListener.get(), &registryEvents, this);
+    syncSeq = pw_core_sync(core.get(), PW_ID_CORE, 0);
     return true;
 }
 
@@ -214,9 +244,9 @@ void PipeWireCapture::Impl::disconnect() {
         LoopLock lock(loop.get());
         streamListener.remove();
         stream.reset();
-        watcherListener.remove();
-        watcher.reset();
-        boundClients.clear();
+        graph.clear();
+        registryListener.remove();
+        registry.reset();
         coreListener.remove();
         core.reset();
     }
@@ -225,46 +255,43 @@ void PipeWireCapture::Impl::disconnect() {
         pw_thread_loop_stop(loop.get());
     context.reset();
     loop.reset();
-    broken = false;
+    broken = listed = synced = false;
+    targetNode = 0;
+    captureID = 0;
+    nodeBySerial.clear();
+}
+
+void PipeWireCapture::Impl::stopStream() {
+    if (!loop)
+        return;
+    LoopLock lock(loop.get());
+    streamListener.remove();
+    stream.reset();
     targetNode = 0;
     captureID = 0;
 }
 
-// Waits until the server has answered everything asked so far. Lock held by the caller.
-bool PipeWireCapture::Impl::roundtrip() {
-    syncDone = false;
-    syncSeq = pw_core_sync(core.get(), PW_ID_CORE, syncSeq);
-    timespec deadline{};
-    pw_thread_loop_get_time(loop.get(), &deadline, qint64(kRoundtripTimeoutMs) * SPA_NSEC_PER_MSEC);
-    while (!syncDone && !broken) {
-        if (pw_thread_loop_timed_wait_full(loop.get(), &deadline) < 0)
-            return false;
-    }
-    return syncDone;
-}
-
-// --- discovery ----------------------------------------------------------------------------
+// --- the graph ----------------------------------------------------------------------------
 
 const pw_client_events PipeWireCapture::Impl::clientEvents = [] {
     pw_client_events events{};
     events.version = PW_VERSION_CLIENT_EVENTS;
     events.info = [](void* data, const pw_client_info* info) {
-        auto* bound = static_cast<Bound*>(data);
+        auto* entry = static_cast<Entry*>(data);
         if (!info || !info->props)
             return;
-        // The client's info carries the application's own pid next to the checked one.
-        for (PipeWireObject& object : bound->impl->objects) {
-            if (object.id == bound->id) {
-                const auto props = toHash(info->props);
-                for (auto it = props.begin(); it != props.end(); ++it)
-                    object.props.insert(it.key(), it.value());
-            }
-        }
+        // The client's info carries the application's own pid and sandbox next to the checked
+        // pid, and a bridge fills it in after the client appeared.
+        const auto props = toHash(info->props);
+        for (auto it = props.begin(); it != props.end(); ++it)
+            entry->object.props.insert(it.key(), it.value());
+        if (entry->impl->synced)
+            entry->impl->owner->deliverChanged();
     };
     return events;
 }();
 
-const pw_registry_events PipeWireCapture::Impl::discoveryEvents = [] {
+const pw_registry_events PipeWireCapture::Impl::registryEvents = [] {
     pw_registry_events events{};
     events.version = PW_VERSION_REGISTRY_EVENTS;
     events.global = [](void* data, uint32_t id, uint32_t permissions, const char* type,
@@ -276,43 +303,32 @@ const pw_registry_events PipeWireCapture::Impl::discoveryEvents = [] {
         const bool isNode = std::strcmp(type, PW_TYPE_INTERFACE_Node) == 0;
         if (!isClient && !isNode)
             return;
-        self->objects.push_back({id, QString::fromUtf8(type), toHash(props)});
+        auto entry = std::make_unique<Entry>();
+        entry->object = {id, QString::fromUtf8(type), toHash(props)};
+        entry->impl = self;
         if (isClient) {
-            auto bound = std::make_unique<Bound>();
-            bound->id = id;
-            bound->impl = self;
-            // The registry proxy is the first argument; bind needs it, not the Impl.
-            bound->client.reset(static_cast<pw_client*>(
-                pw_registry_bind(self->discoveryRegistry, id, type, PW_VERSION_CLIENT, 0)));
-            if (bound->client) {
-                pw_client_add_listener(bound->client.get(), bound->listener.get(), &clientEvents,
-                                       bound.get());
-                self->boundClients.push_back(std::move(bound));
-            }
+            entry->client.reset(static_cast<pw_client*>(
+                pw_registry_bind(self->registry.get(), id, type, PW_VERSION_CLIENT, 0)));
+            if (entry->client)
+                pw_client_add_listener(entry->client.get(), entry->listener.get(), &clientEvents,
+                                       entry.get());
         }
+        const bool output = isNode && entry->object.props.value(QStringLiteral("media.class")) ==
+                                          u"Stream/Output/Audio";
+        self->graph[id] = std::move(entry);
+        if (output && self->synced)
+            self->owner->deliverChanged();
+    };
+    events.global_remove = [](void* data, uint32_t id) {
+        auto* self = static_cast<Impl*>(data);
+        // When the target leaves the graph the capture ends, whatever the session manager
+        // does with the stream.
+        if (self->targetNode != 0 && id == self->targetNode)
+            self->endCapture("target node removed");
+        self->graph.erase(id);
     };
     return events;
 }();
-
-std::vector<PipeWireObject> PipeWireCapture::Impl::listObjects() {
-    objects.clear();
-    boundClients.clear();
-    RegistryPtr registry(pw_core_get_registry(core.get(), PW_VERSION_REGISTRY, 0));
-    if (!registry)
-        return {};
-    Listener listener;
-    discoveryRegistry = registry.get();
-    pw_registry_add_listener(registry.get(), listener.get(), &discoveryEvents, this);
-    // The first answer ends the list of globals; the second the info of the bound clients.
-    const bool complete = roundtrip() && roundtrip();
-    listener.remove();
-    boundClients.clear();
-    discoveryRegistry = nullptr;
-    registry.reset();
-    if (!complete)
-        return {};
-    return std::exchange(objects, {});
-}
 
 // --- the capture stream -------------------------------------------------------------------
 
@@ -324,17 +340,6 @@ void PipeWireCapture::Impl::endCapture(const char* why) {
     // The process callback drops every buffer from now on; the owner tears the stream down.
     owner->deliverEnded(captureID);
 }
-
-const pw_registry_events PipeWireCapture::Impl::watcherEvents = [] {
-    pw_registry_events events{};
-    events.version = PW_VERSION_REGISTRY_EVENTS;
-    events.global_remove = [](void* data, uint32_t id) {
-        auto* self = static_cast<Impl*>(data);
-        if (self->targetNode != 0 && id == self->targetNode)
-            self->endCapture("target node removed");
-    };
-    return events;
-}();
 
 const pw_stream_events PipeWireCapture::Impl::streamEvents = [] {
     pw_stream_events events{};
@@ -404,7 +409,7 @@ PipeWireCapture::PipeWireCapture()
 }
 
 PipeWireCapture::~PipeWireCapture() {
-    teardown();
+    d->disconnect();
 }
 
 CaptureFormat PipeWireCapture::requestedFormat() {
@@ -414,29 +419,32 @@ CaptureFormat PipeWireCapture::requestedFormat() {
 void PipeWireCapture::removeStale() {
     // A capture stream belongs to this process's connection and dies with it, so the only stale
     // one there can be is one this object still holds.
-    if (d->loop && d->stream) {
-        LoopLock lock(d->loop.get());
-        d->streamListener.remove();
-        d->stream.reset();
-    }
+    d->stopStream();
 }
 
 quint64 PipeWireCapture::audioObject(qint64 pid) {
+    if (pid <= 0)
+        return 0;
     if (!d->connect()) {
         d->disconnect();
         return 0;
     }
-    std::optional<ProcessStream> found;
+    // A copy of what the loop thread learnt; until its first listing is complete nothing is
+    // known, and the changed handler says when it is.
+    std::vector<PipeWireObject> objects;
     {
         LoopLock lock(d->loop.get());
-        found = findProcessStream(d->listObjects(), pid);
-        if (found)
-            d->nodeBySerial.insert(found->serial, found->nodeID);
+        if (!d->synced)
+            return 0;
+        objects.reserve(d->graph.size());
+        for (const auto& [id, entry] : d->graph)
+            objects.push_back(entry->object);
     }
-    // With nothing to capture the process keeps no connection to the server.
-    if (!found && !d->stream)
-        d->disconnect();
-    return found ? found->serial : 0;
+    const std::optional<ProcessStream> found = findProcessStream(objects, pid, &d->facts);
+    if (!found)
+        return 0;
+    d->nodeBySerial.insert(found->serial, found->nodeID);
+    return found->serial;
 }
 
 CaptureBackend::StartResult PipeWireCapture::startCapture(quint64 object) {
@@ -454,21 +462,14 @@ CaptureBackend::StartResult PipeWireCapture::startCapture(quint64 object) {
     d->format = {};
     d->targetNode = d->nodeBySerial.value(object, 0);
 
-    // Watch the target: when its node leaves the graph the capture ends, whatever the session
-    // manager does with the stream.
-    d->watcherListener.remove();
-    d->watcher.reset(pw_core_get_registry(d->core.get(), PW_VERSION_REGISTRY, 0));
-    if (d->watcher)
-        pw_registry_add_listener(d->watcher.get(), d->watcherListener.get(), &Impl::watcherEvents,
-                                 d.get());
-
     const QByteArray serial = QByteArray::number(object);
     PropertiesPtr props(pw_properties_new(
-        PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_APP_NAME, "MIRL PRO",
-        PW_KEY_NODE_NAME, "mirl-pro-capture", PW_KEY_NODE_DESCRIPTION, "MIRL PRO Audio",
-        PW_KEY_TARGET_OBJECT, serial.constData(), PW_KEY_NODE_DONT_RECONNECT, "true", nullptr));
+        PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_MEDIA_NAME, kMediaName,
+        PW_KEY_APP_NAME, kAppName, PW_KEY_APP_ID, kAppID, PW_KEY_NODE_NAME, "mirl-pro-capture",
+        PW_KEY_NODE_DESCRIPTION, "MIRL PRO Audio", PW_KEY_TARGET_OBJECT, serial.constData(),
+        PW_KEY_NODE_DONT_RECONNECT, "true", nullptr));
     // pw_stream_new takes ownership of the properties, also when it fails.
-    d->stream.reset(pw_stream_new(d->core.get(), "MIRL PRO Audio", props.release()));
+    d->stream.reset(pw_stream_new(d->core.get(), kMediaName, props.release()));
     if (!d->stream)
         return Failure{QStringLiteral("CreateStream"), -errno};
     pw_stream_add_listener(d->stream.get(), d->streamListener.get(), &Impl::streamEvents, d.get());
@@ -498,8 +499,18 @@ CaptureBackend::StartResult PipeWireCapture::startCapture(quint64 object) {
 }
 
 void PipeWireCapture::teardown() {
-    d->disconnect();
-    d->nodeBySerial.clear();
+    d->stopStream();
+    // While captures are wanted the connection stays, so the next lookup needs no new one.
+    if (!d->wanted)
+        d->disconnect();
+}
+
+void PipeWireCapture::setWanted(bool wanted) {
+    d->wanted = wanted;
+    if (!wanted)
+        d->disconnect();
+    else if (!d->connect())
+        d->disconnect();
 }
 
 bool PipeWireCapture::hasStream() const {
