@@ -1,5 +1,7 @@
 #include "app/DesktopSession.h"
 
+#include "app/StatusMenu.h"
+
 #include "audio/AudioCaptureSettings.h"
 #include "core/FocusLog.h"
 #include "core/Preferences.h"
@@ -11,6 +13,7 @@
 #include "visualizers/VizConfig.h"
 
 #include <QCoreApplication>
+#include <QMenu>
 
 namespace MirlPlayer {
 
@@ -22,6 +25,8 @@ DesktopSession::DesktopSession()
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
     m_busService.registerOn(QDBusConnection::sessionBus());
+    connect(&m_busService, &MirlBusService::reopenRequested, &m_delegate,
+            &AppDelegate::applicationShouldHandleReopen);
     watchActivations();
     // The program's own song queue follows every applied Spotify sample.
     SpotifyQueue::shared().attach(player);
@@ -84,6 +89,12 @@ void DesktopSession::buildPanel(AppDelegate& app) {
             &NotchPanelController::themeGeometryChanged);
     connect(&theme, &Theme::showVisualizerChanged, controller,
             &NotchPanelController::themeGeometryChanged);
+    // A right press on the panel pops up the status menu, built afresh each time.
+    m_panel->setContextMenu([this, controller](QPoint at) {
+        m_contextMenu = buildStatusMenu(m_delegate, [controller] { controller->reposition(); });
+        m_contextMenu->popup(at);
+        return true;
+    });
     m_panel->show();
 }
 

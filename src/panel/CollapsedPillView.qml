@@ -1,5 +1,6 @@
 import QtQuick
 import MirlPlayer.Surface
+import MirlPlayer.Visualizers
 
 // The resting pill's one indicator in its 20 x 11 box: with the visualizer on, a miniature
 // spectrum in the accent; without it, the play state. Enters and leaves scaling about its centre.
@@ -15,29 +16,13 @@ ContentFade {
 
     readonly property bool miniature: theme.showVisualizer
 
-    LevelBins {
-        id: bins
-        count: 5
-        store: pill.player.eqStore
-        active: pill.miniature && pill.shown
-    }
     // The visualizer's place in the pill.
-    Row {
+    MiniEQ {
         objectName: "pillVisualizerSlot"
         anchors.fill: parent
-        spacing: 2
         visible: pill.miniature
-        Repeater {
-            model: bins.count
-            Rectangle {
-                required property int index
-                width: 2.4
-                height: Math.max(2, (bins.levels[index] || 0) * 11)
-                radius: 1.2
-                anchors.bottom: parent.bottom
-                color: pill.theme.inkColor
-            }
-        }
+        levels: pill.miniature && pill.shown && pill.player.eqStore ? pill.player.eqStore.levels : []
+        color: pill.theme.inkColor
     }
     SymbolGlyph {
         anchors.centerIn: parent

@@ -1,5 +1,6 @@
 import QtQuick
 import MirlPlayer.Surface
+import MirlPlayer.Visualizers
 
 // The pieces of the open card and of the library's header bar: the art, the title block, the
 // timeline, the transport and the visualizer, each in its glide slot. One view serves both
@@ -112,11 +113,13 @@ ContentFade {
         visible: opacity > 0
         Behavior on opacity { NumberAnimation { duration: hero.theme.motionMs(0.24) } }
         Behavior on scale { NumberAnimation { duration: hero.theme.motionMs(0.24); easing.type: Easing.OutQuad } }
-        LevelBars {
+        SpectrumView {
+            objectName: "visualizer"
             anchors.fill: parent
-            store: hero.player.eqStore
-            ink: hero.theme.inkColor
-            active: visualizerSlot.visible && hero.shown
+            vizID: hero.theme.vizID
+            levelsStore: visualizerSlot.visible && hero.shown ? hero.player.eqStore : null
+            stereoStore: hero.player.stereoStore
+            theme: hero.theme
         }
     }
 }

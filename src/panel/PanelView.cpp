@@ -3,12 +3,12 @@
 #include "look/PlayerBackdrop.h"
 #include "panel/ArtSlot.h"
 #include "panel/ControlStyleModel.h"
-#include "panel/LevelBins.h"
 #include "panel/NowPlayingArtists.h"
 #include "panel/ReflectionView.h"
 #include "panel/SurfaceGeometry.h"
 #include "panel/SurfaceSlots.h"
 #include "panel/TimelineModel.h"
+#include "visualizers/views/VisualizerTypes.h"
 
 #include <QQmlEngine>
 
@@ -55,10 +55,10 @@ QString formatPlayTime(double seconds) {
 
 void registerSurfaceTypes() {
     static const bool once = [] {
+        registerVisualizerTypes(); // the surface shows the visualizers
         const char* uri = "MirlPlayer.Surface";
         qmlRegisterType<SurfaceSlots>(uri, 1, 0, "SurfaceSlots");
         qmlRegisterType<TimelineModel>(uri, 1, 0, "TimelineModel");
-        qmlRegisterType<LevelBins>(uri, 1, 0, "LevelBins");
         qmlRegisterType<ArtSlot>(uri, 1, 0, "ArtSlot");
         qmlRegisterType<NowPlayingArtists>(uri, 1, 0, "NowPlayingArtists");
         qmlRegisterType<ControlStyleModel>(uri, 1, 0, "ControlStyleModel");

@@ -90,9 +90,36 @@ bool NotchPanelHost::show() {
         if (QQuickItem* item = m_view->activeFocusItem())
             item->setFocus(false);
     };
+    m_panel->onContextMenu = m_contextMenu;
+    m_panel->editableTextAt = [this](QPointF p) {
+        return editableTextAt(m_view->contentItem(), p);
+    };
     m_controller->start(m_panel.get());
     updateBlur();
     return true;
+}
+
+void NotchPanelHost::setContextMenu(std::function<bool(QPoint)> menu) {
+    m_contextMenu = std::move(menu);
+    if (m_panel)
+        m_panel->onContextMenu = m_contextMenu;
+}
+
+bool NotchPanelHost::editableTextAt(QQuickItem* content, QPointF point) {
+    if (!content)
+        return false;
+    // Down to the frontmost item under the point, then up again to the first text of any kind.
+    QQuickItem* item = content;
+    QPointF local = content->mapFromScene(point);
+    while (QQuickItem* child = item->childAt(local.x(), local.y())) {
+        local = item->mapToItem(child, local);
+        item = child;
+    }
+    for (; item && item != content; item = item->parentItem()) {
+        if (item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit"))
+            return !item->property("readOnly").toBool();
+    }
+    return false;
 }
 
 void NotchPanelHost::updateArtwork() {

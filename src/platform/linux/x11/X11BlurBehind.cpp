@@ -1,54 +1,61 @@
 #include "platform/linux/x11/X11BlurBehind.h"
 
-#include <vector>
+#include "platform/linux/x11/X11Connection.h"
 
-// Xlib last: its macros must not reach Qt's headers.
-#include <X11/Xatom.h>
-#include <X11/Xlib.h>
+#include <vector>
+#include <xcb/xcb.h>
 
 namespace MirlPlayer {
 
-X11BlurBehind::X11BlurBehind()
-    : m_display(X11::openDisplay()) {
-    if (m_display)
-        m_atom = XInternAtom(m_display.get(), "_KDE_NET_WM_BLUR_BEHIND_REGION", False);
-}
+namespace {
 
-X11BlurBehind::~X11BlurBehind() = default;
+const char* const blurRegion = "_KDE_NET_WM_BLUR_BEHIND_REGION";
+
+} // namespace
 
 bool X11BlurBehind::available() {
-    if (!m_display)
+    if (m_askedAt.isValid() && m_askedAt.elapsed() < 2000)
+        return m_available;
+    m_askedAt.start();
+    m_available = false;
+    xcb_connection_t* c = X11::connection();
+    if (!c)
         return false;
-    Display* d = m_display.get();
     // The blur effect announces itself by keeping the property on the root window.
-    int count = 0;
-    X11::XPtr<Atom> props(XListProperties(d, DefaultRootWindow(d), &count));
+    const X11::Reply<xcb_list_properties_reply_t> reply(
+        xcb_list_properties_reply(c, xcb_list_properties(c, X11::rootWindow()), nullptr));
+    if (!reply)
+        return false;
+    const xcb_atom_t wanted = X11::atom(blurRegion);
+    const xcb_atom_t* atoms = xcb_list_properties_atoms(reply.get());
+    const int count = xcb_list_properties_atoms_length(reply.get());
     for (int i = 0; i < count; ++i) {
-        if (props.get()[i] == m_atom)
-            return true;
+        if (atoms[i] == wanted)
+            m_available = true;
     }
-    return false;
+    return m_available;
 }
 
 void X11BlurBehind::apply(unsigned long window, const QVector<QRect>& region) {
-    if (!m_display || !window || (m_everApplied && region == m_applied))
+    xcb_connection_t* c = X11::connection();
+    if (!c || !window || (m_everApplied && region == m_applied))
         return;
-    Display* d = m_display.get();
+    const xcb_atom_t property = X11::atom(blurRegion);
     if (region.isEmpty()) {
-        XDeleteProperty(d, window, m_atom);
+        xcb_delete_property(c, xcb_window_t(window), property);
     } else {
-        std::vector<unsigned long> data;
+        std::vector<quint32> data;
         data.reserve(size_t(region.size()) * 4);
         for (const QRect& r : region) {
-            data.push_back(static_cast<unsigned long>(r.x()));
-            data.push_back(static_cast<unsigned long>(r.y()));
-            data.push_back(static_cast<unsigned long>(r.width()));
-            data.push_back(static_cast<unsigned long>(r.height()));
+            data.push_back(quint32(r.x()));
+            data.push_back(quint32(r.y()));
+            data.push_back(quint32(r.width()));
+            data.push_back(quint32(r.height()));
         }
-        XChangeProperty(d, window, m_atom, XA_CARDINAL, 32, PropModeReplace,
-                        reinterpret_cast<const unsigned char*>(data.data()), int(data.size()));
+        xcb_change_property(c, XCB_PROP_MODE_REPLACE, xcb_window_t(window), property,
+                            XCB_ATOM_CARDINAL, 32, quint32(data.size()), data.data());
     }
-    XFlush(d);
+    xcb_flush(c);
     m_applied = region;
     m_everApplied = true;
 }
