@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QList>
+#include <QSocketNotifier>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
@@ -167,6 +168,40 @@ ForeignWindow::~ForeignWindow() {
     XDestroyWindow(m_display, m_window);
     XSync(m_display, False);
     XCloseDisplay(m_display);
+}
+
+StandInWindowManager::StandInWindowManager()
+    : m_display(XOpenDisplay(nullptr)) {
+    if (!m_display)
+        return;
+    XSelectInput(m_display, DefaultRootWindow(m_display), SubstructureRedirectMask);
+    XSync(m_display, False);
+    m_notifier =
+        std::make_unique<QSocketNotifier>(ConnectionNumber(m_display), QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, [this] { pump(); });
+}
+
+void StandInWindowManager::pump() {
+    const Atom active = XInternAtom(m_display, "_NET_ACTIVE_WINDOW", False);
+    while (XPending(m_display)) {
+        XEvent e;
+        XNextEvent(m_display, &e);
+        if (e.type == MapRequest) {
+            XMapWindow(m_display, e.xmaprequest.window);
+        } else if (e.type == ClientMessage && e.xclient.message_type == active) {
+            sources.append(e.xclient.data.l[0]);
+            const Window w = e.xclient.window;
+            XChangeProperty(m_display, DefaultRootWindow(m_display), active, XA_WINDOW, 32,
+                            PropModeReplace, reinterpret_cast<const unsigned char*>(&w), 1);
+        }
+    }
+    XFlush(m_display);
+}
+
+StandInWindowManager::~StandInWindowManager() {
+    m_notifier.reset();
+    if (m_display)
+        XCloseDisplay(m_display);
 }
 
 RootProperty::RootProperty(const char* name, const QList<QByteArray>& atoms)
