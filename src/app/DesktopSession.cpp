@@ -1,5 +1,7 @@
 #include "app/DesktopSession.h"
 
+#include "app/StatusMenu.h"
+
 #include "audio/AudioCaptureSettings.h"
 #include "core/FocusLog.h"
 #include "core/Preferences.h"
@@ -11,6 +13,7 @@
 #include "visualizers/VizConfig.h"
 
 #include <QCoreApplication>
+#include <QMenu>
 
 namespace MirlPlayer {
 
@@ -86,6 +89,12 @@ void DesktopSession::buildPanel(AppDelegate& app) {
             &NotchPanelController::themeGeometryChanged);
     connect(&theme, &Theme::showVisualizerChanged, controller,
             &NotchPanelController::themeGeometryChanged);
+    // A right press on the panel pops up the status menu, built afresh each time.
+    m_panel->setContextMenu([this, controller](QPoint at) {
+        m_contextMenu = buildStatusMenu(m_delegate, [controller] { controller->reposition(); });
+        m_contextMenu->popup(at);
+        return true;
+    });
     m_panel->show();
 }
 

@@ -9,6 +9,8 @@
 #include <QObject>
 #include <memory>
 
+class QMenu;
+
 namespace MirlPlayer {
 
 class NotchPanelHost;
@@ -37,6 +39,7 @@ private:
     X11Workspace m_workspace;
     AudioEngineHost m_audio;
     std::unique_ptr<NotchPanelHost> m_panel;
+    std::unique_ptr<QMenu> m_contextMenu; // the last one popped up from the panel
 };
 
 } // namespace MirlPlayer

@@ -5,6 +5,7 @@
 #include "core/Preferences.h"
 #include "look/LookTypes.h"
 #include "platform/linux/service/MirlBusService.h"
+#include "visualizers/views/VisualizerTypes.h"
 
 #include <QApplication>
 #include <QQuickWindow>
@@ -46,7 +47,7 @@ int main(int argc, char* argv[]) {
     // Both must be chosen before the application object exists: a transparent panel needs an
     // alpha channel, and the visualizers draw with OpenGL.
     QQuickWindow::setDefaultAlphaBuffer(true);
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
+    requestVisualizerGraphics();
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("MIRL PRO"));

@@ -71,4 +71,19 @@ private:
     unsigned long m_window = 0;
 };
 
+// A property on the root window, as a window manager would set it, removed again with its
+// owner. Values are atoms (names) or cardinals.
+class RootProperty {
+public:
+    RootProperty(const char* name, const QList<QByteArray>& atoms);
+    RootProperty(const char* name, const QList<long>& cardinals);
+    ~RootProperty();
+    RootProperty(const RootProperty&) = delete;
+    RootProperty& operator=(const RootProperty&) = delete;
+
+private:
+    ::_XDisplay* m_display = nullptr;
+    QByteArray m_name;
+};
+
 } // namespace MirlPlayer::Test

@@ -177,12 +177,12 @@ private Q_SLOTS:
         QCOMPARE(dodgeCorrectedCenterX(pillPlacement(Stage::rest, c), c, 1460), 756.0);
     }
 
-    void displayRectFlipsToATopLeftOrigin() {
+    void displayRectMeasuresFromTheDesktopsTop() {
         const ScreenDescription primary = plainScreen(QRectF(0, 0, 1512, 982));
         const ScreenDescription above = plainScreen(QRectF(0, 982, 1920, 1080));
-        QCOMPARE(displayRect(above, {primary, above}), QRectF(0, -1080, 1920, 1080));
-        QCOMPARE(displayRect(primary, {primary, above}), QRectF(0, 0, 1512, 982));
-        QCOMPARE(displayRect(above, {}), QRectF(0, -982, 1920, 1080));
+        QCOMPARE(displayRect(above, {primary, above}), QRectF(0, 0, 1920, 1080));
+        QCOMPARE(displayRect(primary, {primary, above}), QRectF(0, 1080, 1512, 982));
+        QCOMPARE(displayRect(above, {}), QRectF(0, 0, 1920, 1080));
     }
 
     void layoutWritesOnlyChanges() {

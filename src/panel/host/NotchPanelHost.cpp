@@ -2,6 +2,7 @@
 
 #include "panel/PanelView.h"
 #include "playback/PlayerState.h"
+#include "visualizers/views/VisualizerTypes.h"
 
 #include <QLoggingCategory>
 #include <QQmlEngine>
@@ -43,6 +44,7 @@ QString NotchPanelHost::formatTime(double seconds) {
 }
 
 bool NotchPanelHost::show() {
+    registerVisualizerTypes();
     m_view = std::make_unique<QQuickView>();
     m_artwork = new ArtworkImageProvider;
     m_view->engine()->addImageProvider(QStringLiteral("artwork"), m_artwork);
@@ -64,8 +66,35 @@ bool NotchPanelHost::show() {
         if (QQuickItem* item = m_view->activeFocusItem())
             item->setFocus(false);
     };
+    m_panel->onContextMenu = m_contextMenu;
+    m_panel->editableTextAt = [this](QPointF p) {
+        return editableTextAt(m_view->contentItem(), p);
+    };
     m_controller->start(m_panel.get());
     return true;
+}
+
+void NotchPanelHost::setContextMenu(std::function<bool(QPoint)> menu) {
+    m_contextMenu = std::move(menu);
+    if (m_panel)
+        m_panel->onContextMenu = m_contextMenu;
+}
+
+bool NotchPanelHost::editableTextAt(QQuickItem* content, QPointF point) {
+    if (!content)
+        return false;
+    // Down to the frontmost item under the point, then up again to the first text of any kind.
+    QQuickItem* item = content;
+    QPointF local = content->mapFromScene(point);
+    while (QQuickItem* child = item->childAt(local.x(), local.y())) {
+        local = item->mapToItem(child, local);
+        item = child;
+    }
+    for (; item && item != content; item = item->parentItem()) {
+        if (item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit"))
+            return !item->property("readOnly").toBool();
+    }
+    return false;
 }
 
 void NotchPanelHost::updateArtwork() {

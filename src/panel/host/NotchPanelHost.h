@@ -5,6 +5,7 @@
 #include "panel/logic/PillMotion.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
 #include "platform/linux/x11/X11NotchPanel.h"
+#include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11Screens.h"
 #include "platform/linux/x11/X11WindowFacts.h"
 
@@ -12,6 +13,7 @@
 #include <QRectF>
 #include <memory>
 
+class QQuickItem;
 class QQuickView;
 
 namespace MirlPlayer {
@@ -53,6 +55,13 @@ public:
 
     Q_INVOKABLE static QString formatTime(double seconds);
 
+    // Shows the context menu for a right press at a global position; true when one was shown.
+    // Kept across `show`.
+    void setContextMenu(std::function<bool(QPoint)> menu);
+    // Whether an editable text field lies under a point of the view's content (window
+    // coordinates): a text input or text area that is not read-only, or inside one.
+    static bool editableTextAt(QQuickItem* content, QPointF point);
+
 Q_SIGNALS:
     void expandedChanged();
     void geometryChanged();
@@ -74,6 +83,7 @@ private:
     ArtworkImageProvider* m_artwork = nullptr; // owned by the view's engine
     int m_artworkGeneration = 0;
     QString m_artworkSource;
+    std::function<bool(QPoint)> m_contextMenu;
 };
 
 } // namespace MirlPlayer

@@ -72,7 +72,7 @@ public:
     void placePill(Stage stage, const ScreenDescription& screen, std::optional<Spring> motion);
     Q_INVOKABLE void setLibraryOpen(bool open);
     void noteActivity(bool isActive);
-    void applyHitRegion(const ScreenDescription& screen, std::optional<QPointF> pointer = {});
+    void applyHitRegion(const ScreenDescription& screen, std::optional<QPointF> at = {});
     Q_INVOKABLE void reposition();
     void refreshPlacement();
 
@@ -104,6 +104,8 @@ private:
     double now() const { return m_clock.now(); }
     double motionSpeed() const;
     Spring spring(double response, double damping) const;
+    // The pass's pointer reading inside a tick, else a fresh one.
+    PointerReading pointer();
     bool pointerDown();
     void readWindowsIfStale();
     bool menuBarTest(const ScreenDescription& screen);
@@ -130,6 +132,7 @@ private:
     double m_lastOpen = Clock::distantPast;
     std::optional<double> m_libraryExitSince;
     std::optional<double> m_triggerSince;
+    std::optional<PointerReading> m_tickPointer;
     QTimer m_mouseTimer;
     bool m_fullscreenActive = false;
     bool m_overviewActive = false;
