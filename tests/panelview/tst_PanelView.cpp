@@ -1,6 +1,8 @@
 #include "core/Preferences.h"
 #include "look/Theme.h"
 #include "panel/PanelView.h"
+#include "panel/StillPanel.h"
+#include "panel/SurfaceSlots.h"
 #include "playback/PlayerState.h"
 #include "visualizers/views/VisualizerTypes.h"
 
@@ -10,30 +12,6 @@
 #include <QTest>
 
 using namespace MirlPlayer;
-
-// What the surface reads of the panel: its stage and the shape in force.
-class StandInPanel : public QObject {
-    Q_OBJECT
-    Q_PROPERTY(bool expanded MEMBER m_expanded NOTIFY changed)
-    Q_PROPERTY(QRectF pillRect MEMBER m_pill NOTIFY changed)
-    Q_PROPERTY(QRectF cardRect MEMBER m_card NOTIFY changed)
-    Q_PROPERTY(QString artworkSource MEMBER m_art NOTIFY changed)
-    Q_PROPERTY(bool animatesShape READ animatesShape CONSTANT)
-public:
-    bool m_expanded = false;
-    QRectF m_pill{723, 38, 66, 24};
-    QRectF m_card{466, 38, 580, 168};
-    QString m_art;
-    bool animatesShape() const { return true; }
-    Q_INVOKABLE QString formatTime(double seconds) const { return formatPlayTime(seconds); }
-    void setExpanded(bool expanded, QRectF card) {
-        m_expanded = expanded;
-        m_card = card;
-        Q_EMIT changed();
-    }
-Q_SIGNALS:
-    void changed();
-};
 
 class tst_PanelView : public QObject {
     Q_OBJECT
@@ -45,11 +23,12 @@ class tst_PanelView : public QObject {
         Preferences prefs;
         Theme theme{prefs, clock};
         PlayerState player{nullptr};
-        StandInPanel panel;
+        StillPanel panel;
         QQuickView view;
         explicit Surface(const QString& path)
             : prefs(path) {}
         bool load() {
+            registerSurfaceTypes();
             view.setInitialProperties({{"player", QVariant::fromValue(&player)},
                                        {"panel", QVariant::fromValue(&panel)},
                                        {"theme", QVariant::fromValue(&theme)}});
@@ -94,21 +73,61 @@ private Q_SLOTS:
         QCOMPARE(QColor(served.pixel(10, 10)), QColor(Qt::red));
     }
 
+    void slotsInterpolate_data() {
+        QTest::addColumn<double>("p");
+        QTest::addColumn<QRectF>("rect");
+        QTest::newRow("start") << 0.0 << QRectF(10, 20, 40, 40);
+        QTest::newRow("midway") << 0.5 << QRectF(60, 30, 80, 60);
+        QTest::newRow("arrived") << 1.0 << QRectF(110, 40, 120, 80);
+        QTest::newRow("overshoot") << 1.1 << QRectF(120, 42, 128, 84);
+        QTest::newRow("never negative") << -2.0 << QRectF(-190, -20, 0, 0);
+    }
+    void slotsInterpolate() {
+        QFETCH(double, p);
+        QTEST(SurfaceSlots::interpolate({10, 20, 40, 40}, {110, 40, 120, 80}, p), "rect");
+    }
+
+    // The pill's indicator box grows into the card's art square along the spring's path.
+    void thePiecesGlideWithTheShapesSpring() {
+        ManualClock clock;
+        SurfaceSlots places(clock);
+        using A = SurfaceSlots::Arrangement;
+        using S = SurfaceSlots::Slot;
+        const QRectF from = SurfaceSlots::slotRect(A::pill, S::art);
+        const QRectF to = SurfaceSlots::slotRect(A::visualizer, S::art);
+        QCOMPARE(places.art(), from);
+        const double start = clock.now();
+        places.setArrangement(A::visualizer);
+        const Spring spring{0.4, 0.82, 0}; // the size change's spring, at motion speed 1
+        for (double t : {0.05, 0.1, 0.2}) {
+            clock.advance(start + t - clock.now());
+            places.advance();
+            const QRectF expected = SurfaceSlots::interpolate(from, to, spring.progress(t));
+            QVERIFY2(std::abs(places.art().x() - expected.x()) < 1e-9 &&
+                         std::abs(places.art().width() - expected.width()) < 1e-9,
+                     qPrintable(QString::number(t)));
+        }
+        clock.advance(5);
+        places.advance();
+        QCOMPARE(places.art(), to);
+        QVERIFY(!places.moving());
+    }
+
     void theCardShowsTheModelAndItsButtonsCommand() {
         Surface s(m_dir.filePath("a.conf"));
         s.theme.setShowVisualizer(false);
         QVERIFY2(s.load(), qPrintable(s.view.errors().value(0).toString()));
         s.player.publishTitle("First Light");
-        s.panel.setExpanded(true, QRectF(632, 38, 248, 336));
+        s.panel.setShape(true, QRectF(632, 38, 248, 336));
         QCOMPARE(s.item("title")->property("text").toString(), QStringLiteral("First Light"));
         QTRY_VERIFY(s.item("title")->isVisible()); // the card fades in
-        QVERIFY(!s.item("visualizer")->isVisible());
+        QTRY_VERIFY(!s.item("visualizer")->isVisible());
 
         // With nothing to command, the button flips at once and nothing else happens.
         QQuickItem* play = s.item("playPauseButton");
         QVERIFY(play);
         QVERIFY(!s.player.isPlaying());
-        QMetaObject::invokeMethod(play, "clicked");
+        QMetaObject::invokeMethod(play, "activate");
         QVERIFY(s.player.isPlaying());
     }
 
@@ -133,7 +152,7 @@ private Q_SLOTS:
         s.theme.setShowVisualizer(true);
         s.theme.setVizID(vizID);
         QVERIFY(s.load());
-        s.panel.setExpanded(true, QRectF(466, 38, 580, 168));
+        s.panel.setShape(true, QRectF(466, 38, 580, 168));
         QQuickItem* visualizer = s.item("visualizer");
         QTRY_VERIFY(visualizer->isVisible()); // the card fades in
         auto* loader = visualizer->findChild<QQuickItem*>("styleLoader");
