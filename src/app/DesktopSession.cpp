@@ -23,7 +23,9 @@ namespace MirlPlayer {
 DesktopSession::DesktopSession()
     : m_bridge(Preferences::shared())
     , m_delegate(Preferences::shared(), &m_bridge)
-    , m_busService(&m_delegate.player(), m_delegate.player().clock())
+    // The bus reads the position from the player, which brings the clock up to now: the
+    // clock itself moves only while a view shows it.
+    , m_busService(&m_delegate.player(), &m_delegate.player())
     , m_audio(m_bridge) {
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
@@ -103,7 +105,7 @@ void DesktopSession::buildPanel(AppDelegate& app) {
     connect(&theme, &Theme::positionIDChanged, controller,
             &NotchPanelController::themeGeometryChanged);
     connect(&theme, &Theme::showVisualizerChanged, controller,
-            &NotchPanelController::themeGeometryChanged);
+            &NotchPanelController::visualizerToggled);
     // A right press on the panel pops up the status menu, built afresh each time.
     m_panel->setContextMenu([this, controller](QPoint at) {
         m_contextMenu = buildStatusMenu(m_delegate, [controller] { controller->reposition(); });

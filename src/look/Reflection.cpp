@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 
 namespace MirlPlayer {
 
@@ -9,6 +10,21 @@ namespace {
 
 // Below this magnitude a pool makes no light.
 constexpr double threshold = 0.04;
+
+// Calls `light(i, p, m)` for each pool bright enough to make light, p being its place along the
+// spectrum; nothing when the layer is off or has no room.
+template <typename Light>
+void eachLitPool(const std::vector<double>& mags, double w, double h, const ReflectionSettings& s,
+                 Light light) {
+    const auto pools = int(mags.size());
+    if (s.amount <= 0.001 || w <= 0 || h <= 0 || pools < 2)
+        return;
+    for (int i = 0; i < pools; ++i) {
+        const double m = mags[size_t(i)];
+        if (m > threshold)
+            light(i, double(i) / (pools - 1), m);
+    }
+}
 
 } // namespace
 
@@ -51,52 +67,34 @@ ReflectionSettings reflectionSettings(ReflectionKind kind, bool libraryOpen,
 ReflectionFrame glassReflection(const std::vector<double>& mags, double w, double h,
                                 const ReflectionSettings& s, const LightColourAt& colourAt) {
     ReflectionFrame frame;
-    const auto pools = int(mags.size());
-    if (s.amount <= 0.001 || w <= 0 || h <= 0 || pools < 2)
-        return frame;
     const double d = s.diffusion;
-    double sum = 0;
-    for (int i = 0; i < pools; ++i) {
-        const double m = mags[size_t(i)];
-        sum += m;
-        if (m <= threshold)
-            continue;
-        const double p = double(i) / (pools - 1);
+    const auto pools = double(mags.size());
+    eachLitPool(mags, w, h, s, [&](int i, double p, double m) {
+        // The lowest bass stays out of the glass.
         const double q = std::clamp((p - 0.08) / 0.3, 0.0, 1.0);
         const double fade = q * q * (3 - 2 * q);
         if (fade <= 0.01)
-            continue;
-        LightBlob blob;
-        blob.centre = {(i + 0.5) / pools * w, h};
-        blob.radius = d * (m * 0.46 + 0.32) * h;
-        blob.alpha = std::min(s.amount * fade * std::pow(m, 1.7) * 0.15 / d, 0.9);
-        blob.colour = colourAt(p, m);
-        frame.blobs.push_back(blob);
-    }
-    const double mean = sum / pools;
-    if (mean > threshold) {
-        LightBlob wash;
-        wash.centre = {0, 0};
-        wash.radius = 0.34 * h; // the wash's height
-        wash.alpha = std::min(s.amount * mean * 0.14, 0.3);
-        wash.colour = colourAt(0.5, std::min(mean * 1.4, 1.0));
-        frame.wash = wash;
-    }
+            return;
+        frame.blobs.push_back({{(i + 0.5) / pools * w, h},
+                               d * (m * 0.46 + 0.32) * h,
+                               std::min(s.amount * fade * std::pow(m, 1.7) * 0.15 / d, 0.9),
+                               colourAt(p, m)});
+    });
+    // Every pool counts in the mean, lit or not.
+    const double mean = std::accumulate(mags.begin(), mags.end(), 0.0) / std::max(pools, 1.0);
+    if (s.amount > 0.001 && w > 0 && h > 0 && mags.size() >= 2 && mean > threshold)
+        frame.wash = LightBlob{{0, 0},
+                               0.34 * h, // the wash's height
+                               std::min(s.amount * mean * 0.14, 0.3),
+                               colourAt(0.5, std::min(mean * 1.4, 1.0))};
     return frame;
 }
 
 ReflectionFrame edgeReflection(const std::vector<double>& mags, double w, double h,
                                const ReflectionSettings& s, const LightColourAt& colourAt) {
     ReflectionFrame frame;
-    const auto pools = int(mags.size());
-    if (s.amount <= 0.001 || w <= 0 || h <= 0 || pools < 2)
-        return frame;
     const double d = s.diffusion;
-    for (int i = 0; i < pools; ++i) {
-        const double m = mags[size_t(i)];
-        if (m <= threshold)
-            continue;
-        const double p = double(i) / (pools - 1);
+    eachLitPool(mags, w, h, s, [&](int, double p, double m) {
         // Half the perimeter, from the middle of the bottom edge round the right to the top.
         const double along = p * (w + h);
         QPointF at;
@@ -106,15 +104,12 @@ ReflectionFrame edgeReflection(const std::vector<double>& mags, double w, double
             at = {w, h - (along - w / 2)};
         else
             at = {w - (along - w / 2 - h), 0};
-        LightBlob blob;
-        blob.radius = d * (m * 0.2 + 0.11) * std::min(w, h);
-        blob.alpha = std::min(s.amount * std::pow(m, 1.7) * 0.17 / d, 0.9);
-        blob.colour = colourAt(p, m);
-        blob.centre = at;
+        LightBlob blob{at, d * (m * 0.2 + 0.11) * std::min(w, h),
+                       std::min(s.amount * std::pow(m, 1.7) * 0.17 / d, 0.9), colourAt(p, m)};
         frame.blobs.push_back(blob);
         blob.centre = {w - at.x(), at.y()};
         frame.blobs.push_back(blob);
-    }
+    });
     return frame;
 }
 

@@ -65,6 +65,16 @@ Item {
             theme: root.theme
         }
 
+        // The library's place below its header bar, unpadded: the library view stands here.
+        ContentFade {
+            objectName: "libraryContent"
+            y: 84
+            width: surface.width
+            height: Math.max(0, surface.height - 84)
+            shown: root.libraryOpen
+            theme: root.theme
+        }
+
         // The open card, or the library's header bar: one set of pieces in their glide slots.
         NowPlayingHero {
             id: hero

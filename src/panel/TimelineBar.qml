@@ -15,11 +15,12 @@ Item {
     readonly property color ink: theme.inkColor
     readonly property color tint: style.tint !== "" ? style.tint : ink
     readonly property bool hovered: area.containsMouse || area.pressed
-    readonly property string fontFamily: style.monospace ? "monospace" : ""
+    readonly property string fontFamily: style.monospace ? "monospace" : Qt.application.font.family
 
     TimelineModel {
         id: timeline
         player: bar.player
+        shown: bar.visible
     }
 
     Loader {

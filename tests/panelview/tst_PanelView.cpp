@@ -1,15 +1,24 @@
 #include "core/Preferences.h"
 #include "look/Theme.h"
+#include "panel/ArtSlot.h"
+#include "panel/NowPlayingArtists.h"
 #include "panel/PanelView.h"
 #include "panel/StillPanel.h"
+#include "panel/SurfaceGeometry.h"
 #include "panel/SurfaceSlots.h"
+#include "panel/TimelineModel.h"
 #include "playback/PlayerState.h"
 #include "visualizers/views/VisualizerTypes.h"
 
+#include <QCoro/QCoroSignal>
+#include <QJsonArray>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+#include <map>
 
 using namespace MirlPlayer;
 
@@ -111,6 +120,98 @@ private Q_SLOTS:
         places.advance();
         QCOMPARE(places.art(), to);
         QVERIFY(!places.moving());
+    }
+
+    // The compositor's blur stays inside the round corners: rows that cover the rounded shape.
+    void theBlurRegionIsTheRoundedShape_data() {
+        QTest::addColumn<double>("radius");
+        QTest::addColumn<double>("area");
+        QTest::newRow("card") << 12.0 << 100 * 40 - (4 - M_PI) * 144;
+        QTest::newRow("square corners") << 0.0 << 4000.0;
+        QTest::newRow("radius past half the height") << 30.0 << 100 * 40 - (4 - M_PI) * 400;
+    }
+    void theBlurRegionIsTheRoundedShape() {
+        QFETCH(double, radius);
+        QFETCH(double, area);
+        const QVector<QRect> rows = SurfaceGeometry::roundedRegion({50, 20, 100, 40}, radius);
+        double covered = 0;
+        int y = 20;
+        for (const QRect& r : rows) {
+            QCOMPARE(r.top(), y); // row after row, no gaps or overlaps
+            y = r.bottom() + 1;
+            QVERIFY(QRect(50, 20, 100, 40).contains(r));
+            covered += r.width() * r.height();
+        }
+        QCOMPARE(y, 60);
+        QVERIFY2(std::abs(covered - area) < 0.01 * area, qPrintable(QString::number(covered)));
+    }
+
+    void theTimelineShowsTheDragAndSeeksOnRelease_data() {
+        QTest::addColumn<double>("duration");
+        QTest::addColumn<double>("x");
+        QTest::addColumn<double>("shown");
+        QTest::addColumn<double>("after");
+        QTest::newRow("middle") << 200.0 << 25.0 << 0.25 << 50.0;
+        QTest::newRow("past the end") << 200.0 << 150.0 << 1.0 << 200.0;
+        QTest::newRow("before the start") << 200.0 << -20.0 << 0.0 << 0.0;
+        QTest::newRow("no duration: nowhere") << 0.0 << 50.0 << 0.0 << 120.0;
+    }
+    void theTimelineShowsTheDragAndSeeksOnRelease() {
+        QFETCH(double, duration);
+        QFETCH(double, x);
+        PlayerState player(nullptr);
+        player.publishDuration(duration);
+        player.clock()->setPosition(120);
+        TimelineModel timeline;
+        timeline.setPlayer(&player);
+        timeline.drag(x, 100);
+        QTEST(timeline.fraction(), "shown");
+        QCOMPARE(player.clock()->position(), 120.0); // no seek while dragging
+        timeline.release();
+        QTEST(player.clock()->position(), "after");
+        QVERIFY(!timeline.dragging());
+    }
+
+    void theArtOpensTheLibraryOrTheMusicPlayer() {
+        PlayerState player(nullptr);
+        ArtSlot art;
+        art.setPlayer(&player);
+        QSignalSpy library(&art, &ArtSlot::openLibrary);
+        QCOMPARE(art.label(), QStringLiteral("Browse Spotify library"));
+        art.tap();
+        QCOMPARE(library.count(), 1);
+        player.publishSourceName(QStringLiteral("Music"));
+        QCOMPARE(art.label(), QStringLiteral("Open Apple Music")); // at once
+        art.hover(QPointF(10, 10));
+        QVERIFY(!art.hoverPending()); // hover never opens the library for Apple Music
+        art.tap();
+        QCOMPARE(library.count(), 1);
+    }
+
+    void creditsBelongToTheTrackThatAskedForThem() {
+        // Each request waits for a gate of its own; the reply names the artist after the path.
+        std::map<QString, std::unique_ptr<QTimer>> gates;
+        NowPlayingArtists credits(
+            [&](QString path) -> QCoro::Task<QJsonObject> {
+                QTimer* gate = (gates[path] = std::make_unique<QTimer>()).get();
+                gate->setSingleShot(true);
+                co_await qCoro(gate, &QTimer::timeout);
+                const QJsonObject artist{
+                    {"type", "artist"}, {"id", "a"}, {"name", path}, {"uri", "spotify:artist:a"}};
+                co_return QJsonObject{{"artists", QJsonArray{artist}}};
+            },
+            [] { return true; });
+        credits.setTrackURI(QStringLiteral("file:///music/local.flac"));
+        QVERIFY(gates.empty()); // a local file asks nothing
+        credits.setTrackURI(QStringLiteral("spotify:track:first"));
+        credits.setTrackURI(QStringLiteral("spotify:track:second")); // while the first is out
+        QCOMPARE(gates.size(), size_t(2));
+        gates.at("tracks/first")->start(0);
+        QTest::qWait(20);
+        QVERIFY(credits.artists().isEmpty()); // the first track's reply is dropped
+        gates.at("tracks/second")->start(0);
+        QTRY_COMPARE(credits.artists().size(), 1);
+        QCOMPARE(credits.artists().first().name, QStringLiteral("tracks/second"));
     }
 
     void theCardShowsTheModelAndItsButtonsCommand() {
