@@ -11,6 +11,7 @@
 #include "playback/PlayerState.h"
 #include "playback/SpotifyPlayRequest.h"
 #include "playback/SpotifyQueue.h"
+#include "settings/SettingsWindow.h"
 #include "spotify/SpotifyLibrary.h"
 #include "visualizers/VizConfig.h"
 
@@ -25,7 +26,8 @@ DesktopSession::DesktopSession()
     // The bus reads the position from the player, which brings the clock up to now: the
     // clock itself moves only while a view shows it.
     , m_busService(&m_delegate.player(), &m_delegate.player())
-    , m_audio(m_bridge) {
+    , m_audio(m_bridge)
+    , m_statusVisibility(QDBusConnection::sessionBus()) {
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
     m_busService.registerOn(QDBusConnection::sessionBus());
@@ -44,6 +46,14 @@ DesktopSession::DesktopSession()
     AppDelegate::Hooks hooks;
     hooks.stopAudioEngine = [this](PlayerState&) { m_audio.stop(); };
     hooks.buildPanel = [this](AppDelegate& app) { buildPanel(app); };
+    hooks.openSettings = [this](const QString& page) {
+        if (!m_settings) {
+            m_settings = std::make_unique<SettingsWindow>(versionText());
+            connect(m_settings.get(), &SettingsWindow::setupAssistantRequested, &m_delegate,
+                    &AppDelegate::showSetup);
+        }
+        m_settings->open(page);
+    };
     m_delegate.setHooks(std::move(hooks));
     connect(qApp, &QCoreApplication::aboutToQuit, &m_delegate,
             &AppDelegate::applicationWillTerminate);
@@ -52,6 +62,14 @@ DesktopSession::DesktopSession()
 DesktopSession::~DesktopSession() = default;
 
 void DesktopSession::launch() {
+    // The status item comes before the panel; its "Reposition on Notch" finds the panel when
+    // chosen.
+    m_statusItem = std::make_unique<StatusItem>([this] {
+        return buildStatusMenu(m_delegate, [this] {
+            if (m_panel)
+                m_panel->controller().reposition();
+        });
+    });
     m_delegate.applicationDidFinishLaunching();
 }
 
