@@ -13,6 +13,7 @@
 #include "playback/PlayerState.h"
 #include "playback/SpotifyPlayRequest.h"
 #include "playback/SpotifyQueue.h"
+#include "settings/SettingsWindow.h"
 #include "spotify/SpotifyLibrary.h"
 #include "visualizers/VizConfig.h"
 
@@ -24,7 +25,9 @@ namespace MirlPlayer {
 DesktopSession::DesktopSession()
     : m_bridge(Preferences::shared())
     , m_delegate(Preferences::shared(), &m_bridge)
-    , m_busService(&m_delegate.player(), m_delegate.player().clock())
+    // The bus reads the position from the player, which brings the clock up to now: the
+    // clock itself moves only while a view shows it.
+    , m_busService(&m_delegate.player(), &m_delegate.player())
     , m_audio(m_bridge) {
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
@@ -47,6 +50,14 @@ DesktopSession::DesktopSession()
     AppDelegate::Hooks hooks;
     hooks.stopAudioEngine = [this](PlayerState&) { m_audio.stop(); };
     hooks.buildPanel = [this](AppDelegate& app) { buildPanel(app); };
+    hooks.openSettings = [this](const QString& page) {
+        if (!m_settings) {
+            m_settings = std::make_unique<SettingsWindow>(versionText());
+            connect(m_settings.get(), &SettingsWindow::setupAssistantRequested, &m_delegate,
+                    &AppDelegate::showSetup);
+        }
+        m_settings->open(page);
+    };
     m_delegate.setHooks(std::move(hooks));
     connect(qApp, &QCoreApplication::aboutToQuit, &m_delegate,
             &AppDelegate::applicationWillTerminate);

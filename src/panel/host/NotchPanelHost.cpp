@@ -1,5 +1,6 @@
 #include "panel/host/NotchPanelHost.h"
 
+#include "library/SpotifyBrowser.h"
 #include "look/PlayerBackdrop.h"
 #include "panel/PanelView.h"
 #include "panel/SurfaceGeometry.h"
@@ -20,10 +21,16 @@ NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs
     , m_player(player)
     , m_theme(theme) {
     m_windows.setOverviewSource([this] { return m_overview.active(); });
-    m_controller = std::make_unique<NotchPanelController>(
-        Clock::system(), m_screens, m_pointer, m_windows, std::move(inputs), std::move(outputs));
+    m_watchedWindows.setExtraState([this] { return m_overview.active(); });
+    // The tick reads the pointer and the window list through the watch: no round trip to the X
+    // server while it has reported nothing new.
+    m_controller = std::make_unique<NotchPanelController>(Clock::system(), m_screens,
+                                                          m_watchedPointer, m_watchedWindows,
+                                                          std::move(inputs), std::move(outputs));
     m_motion = std::make_unique<PillMotion>(*m_controller->layout());
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::geometryChanged);
+    connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateDrawnRect);
+    connect(m_motion.get(), &PillMotion::movingChanged, this, &NotchPanelHost::updateDrawnRect);
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateBlur);
     connect(&m_theme, &Theme::backgroundStyleIDChanged, this, &NotchPanelHost::updateBlur);
     connect(m_controller->layout(), &NotchLayout::libraryOpenChanged, this,
@@ -49,8 +56,34 @@ QString NotchPanelHost::formatTime(double seconds) {
 }
 
 void NotchPanelHost::openItem(const QVariantMap& item) {
-    Q_UNUSED(item); // the library shows its own header for the item once it opens on it
+    SpotifyItem target;
+    target.uri = target.id = item.value(QStringLiteral("uri")).toString();
+    target.name = item.value(QStringLiteral("name")).toString();
+    target.kind = item.value(QStringLiteral("kind")).toString();
+    // The library opens on the artist or album, unless it already shows it.
+    SpotifyBrowser& browser = SpotifyBrowser::shared();
+    if (!target.uri.isEmpty() && browser.currentRoute().uri != target.uri)
+        browser.openItem(target);
     m_controller->setLibraryOpen(true);
+}
+
+void NotchPanelHost::updateDrawnRect() {
+    if (!m_panel)
+        return;
+    const double m = drawnMargin;
+    const QRectF drawn = shape().adjusted(-m, -m, m, m);
+    if (m_motion->moving()) {
+        // Before and during a move the window holds where the shape is, was and is going, so
+        // the window grows once before an opening and never clips a frame of it.
+        const NotchLayout* layout = m_controller->layout();
+        const QSizeF size = layout->pillSize();
+        const QRectF target(layout->pillCenterX() - size.width() / 2, layout->pillTop(),
+                            size.width(), size.height());
+        m_drawn = m_drawn.united(drawn).united(target.adjusted(-m, -m, m, m));
+    } else {
+        m_drawn = drawn; // settled: shrink to the shape
+    }
+    m_panel->setDrawnRect(m_drawn);
 }
 
 void NotchPanelHost::updateBlur() {
@@ -61,7 +94,7 @@ void NotchPanelHost::updateBlur() {
         PlayerBackdrop::effectiveForm(m_theme.backgroundStyleID(), false, false);
     const bool glass = form != PlayerBackground::solid && m_blur.available();
     const double dpr = m_view->devicePixelRatio();
-    const QRectF s = shape();
+    const QRectF s = shape().translated(m_panel ? -m_panel->contentOffset() : QPoint());
     const QRectF px(s.x() * dpr, s.y() * dpr, s.width() * dpr, s.height() * dpr);
     m_blur.apply(m_view->winId(), glass ? SurfaceGeometry::roundedRegion(px, cornerRadius() * dpr)
                                         : QVector<QRect>());
@@ -93,10 +126,16 @@ bool NotchPanelHost::show() {
             item->setFocus(false);
     };
     m_panel->onContextMenu = m_contextMenu;
+    // The window covers only what is drawn; the content moves so that the panel's coordinates
+    // stay the frame's.
+    m_panel->onContentOffset = [this](QPoint offset) {
+        m_view->contentItem()->setPosition(-offset);
+    };
     m_panel->editableTextAt = [this](QPointF p) {
         return editableTextAt(m_view->contentItem(), p);
     };
     m_controller->start(m_panel.get());
+    updateDrawnRect();
     updateBlur();
     return true;
 }

@@ -5,6 +5,7 @@
 #include "panel/logic/PillMotion.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
 #include "platform/linux/x11/X11BlurBehind.h"
+#include "platform/linux/x11/X11ChangeWatch.h"
 #include "platform/linux/x11/X11NotchPanel.h"
 #include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11Screens.h"
@@ -59,6 +60,8 @@ public:
 
     bool expanded() const { return m_controller->layout()->expanded(); }
     QRectF shape() const;
+    // Room kept around the shape in the window: the shadow, and a spring's overshoot.
+    static constexpr double drawnMargin = 24;
     QString artworkSource() const { return m_artworkSource; }
     bool animatesShape() const { return true; }
     double cornerRadius() const { return m_motion->cornerRadius(); }
@@ -86,12 +89,16 @@ Q_SIGNALS:
 private:
     void updateArtwork();
     void updateBlur();
+    void updateDrawnRect();
 
     PlayerState& m_player;
     Theme& m_theme;
     QtScreenInfo m_screens;
     X11Pointer m_pointer;
     X11WindowFacts m_windows;
+    X11ChangeWatch m_watch;
+    WatchedPointer m_watchedPointer{m_pointer, m_watch, [] { return Clock::system().now(); }};
+    WatchedWindowFacts m_watchedWindows{m_windows, m_watch, [] { return Clock::system().now(); }};
     GnomeShellOverview m_overview;
     std::unique_ptr<NotchPanelController> m_controller;
     std::unique_ptr<PillMotion> m_motion;
@@ -103,6 +110,7 @@ private:
     int m_artworkGeneration = 0;
     QString m_artworkSource;
     std::function<bool(QPoint)> m_contextMenu;
+    QRectF m_drawn;
 };
 
 } // namespace MirlPlayer
