@@ -19,10 +19,6 @@ namespace MirlPlayer {
 
 namespace {
 
-QCoro::Task<void> sleepSeconds(double seconds) {
-    co_await QCoro::sleepFor(std::chrono::milliseconds(qint64(seconds * 1000.0)));
-}
-
 QCoro::Task<std::optional<QString>> ownerOf(SpotifyLibrary* library) {
     co_return co_await library->userCollectionURI();
 }
@@ -74,6 +70,10 @@ SpotifyMemory& SpotifyMemory::shared() {
 SpotifyMemory* SpotifyMemory::create(QQmlEngine*, QJSEngine*) {
     QQmlEngine::setObjectOwnership(&shared(), QQmlEngine::CppOwnership);
     return &shared();
+}
+
+QCoro::Task<void> SpotifyMemory::sleepSeconds(double seconds) {
+    co_await QCoro::sleepFor(std::chrono::milliseconds(qint64(seconds * 1000.0)));
 }
 
 QString SpotifyMemory::cachesFolder() {

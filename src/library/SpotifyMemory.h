@@ -56,6 +56,8 @@ public:
     // "MIRL PRO" in the user's cache folder, and the memory file in it.
     static QString cachesFolder();
     static QString defaultFilePath();
+    // A plain timer wait, the sleeper of the shared models.
+    static QCoro::Task<void> sleepSeconds(double seconds);
     // The crawl's owner and pages through the account session.
     static OwnerProvider ownerFrom(SpotifyLibrary& library);
     static PageFetcher pagesFrom(SpotifyLibrary& library);

@@ -1,0 +1,18 @@
+#include "library/LibraryModule.h"
+
+#include <QQmlEngine>
+
+void qml_register_types_MirlPlayer_Library();
+
+namespace MirlPlayer {
+
+void useLibraryModule(QQmlEngine& engine) {
+    static const bool registered = [] {
+        qml_register_types_MirlPlayer_Library();
+        return true;
+    }();
+    Q_UNUSED(registered);
+    engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+}
+
+} // namespace MirlPlayer

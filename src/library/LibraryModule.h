@@ -1,0 +1,11 @@
+#pragma once
+
+class QQmlEngine;
+
+namespace MirlPlayer {
+
+// Makes `import MirlPlayer.Library` work in `engine`: the module's types live in a static
+// library, whose registration the linker would otherwise leave out, and its qmldir is a resource.
+void useLibraryModule(QQmlEngine& engine);
+
+} // namespace MirlPlayer
