@@ -9,7 +9,9 @@
 #include "panel/host/NotchPanelHost.h"
 #include "playback/MusicController.h"
 #include "playback/PlayerState.h"
+#include "playback/SpotifyPlayRequest.h"
 #include "playback/SpotifyQueue.h"
+#include "spotify/SpotifyLibrary.h"
 #include "visualizers/VizConfig.h"
 
 #include <QCoreApplication>
@@ -27,6 +29,9 @@ DesktopSession::DesktopSession()
     m_busService.registerOn(QDBusConnection::sessionBus());
     connect(&m_busService, &MirlBusService::reopenRequested, &m_delegate,
             &AppDelegate::applicationShouldHandleReopen);
+    // Songs chosen in the program start for real, and Spotify's window is kept back meanwhile.
+    m_playRequests =
+        std::make_unique<SpotifyPlayRequest>(player, SpotifyLibrary::shared(), m_workspace);
     watchActivations();
     // The program's own song queue follows every applied Spotify sample.
     SpotifyQueue::shared().attach(player);
@@ -57,6 +62,7 @@ void DesktopSession::watchActivations() {
                                                       ? QStringLiteral("ACTIVATED")
                                                       : QStringLiteral("UNHIDDEN"),
                                                   app.id, m_workspace.frontmost().id);
+                m_playRequests->focusGuard().noteActivation(event, app);
             });
     });
 }

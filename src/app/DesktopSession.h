@@ -14,6 +14,7 @@ class QMenu;
 namespace MirlPlayer {
 
 class NotchPanelHost;
+class SpotifyPlayRequest;
 
 // The program in a Linux desktop session: the players over MPRIS, the delegate with the
 // now-playing model, the program's name on the session bus, the focus log's activation watch over
@@ -38,6 +39,7 @@ private:
     MirlBusService m_busService;
     X11Workspace m_workspace;
     AudioEngineHost m_audio;
+    std::unique_ptr<SpotifyPlayRequest> m_playRequests;
     std::unique_ptr<NotchPanelHost> m_panel;
     std::unique_ptr<QMenu> m_contextMenu; // the last one popped up from the panel
 };

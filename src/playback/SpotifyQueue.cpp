@@ -15,7 +15,8 @@ QCoro::Task<void> resolveInto(std::shared_ptr<QueuePreparation> preparation,
                               SpotifyQueue::Resolver resolver, SpotifyItem item,
                               std::optional<QString> playingURI) {
     try {
-        SpotifyPlaybackSelection selection = co_await resolver(item, playingURI);
+        auto resolving = resolver(item, playingURI);
+        SpotifyPlaybackSelection selection = co_await std::move(resolving);
         if (!preparation->cancelled)
             preparation->selection = selection;
     } catch (...) {
@@ -187,7 +188,10 @@ QCoro::Task<void> SpotifyQueue::handOff(std::shared_ptr<QueuePreparation> prepar
             controller->setSpotifySelected(true);
             controller->apply(controller->lastSpotify(), controller->lastSampledAt());
         }
-        co_await player->playSpotify(*preparation->selection);
+        // Called before the co_await, not inside it: GCC 12 destroys the temporaries of a
+        // co_await expression twice.
+        auto playing = player->playSpotify(*preparation->selection);
+        co_await std::move(playing);
         if (!self)
             co_return;
         // Removed only once it plays: a failed handoff loses nothing.

@@ -4,10 +4,12 @@
 #include <QList>
 #include <QRect>
 #include <QString>
+#include <memory>
 #include <optional>
 #include <sys/types.h>
 
 struct _XDisplay;
+class QSocketNotifier;
 
 namespace MirlPlayer::Test {
 
@@ -70,6 +72,22 @@ public:
 private:
     ::_XDisplay* m_display = nullptr;
     unsigned long m_window = 0;
+};
+
+// The part of a window manager that activation requests need: a client message
+// _NET_ACTIVE_WINDOW makes its window the active one, and map requests are granted. Events are
+// read whenever the test's event loop runs.
+class StandInWindowManager {
+public:
+    StandInWindowManager();
+    ~StandInWindowManager();
+    // The source indication of each activation request, in order.
+    QList<long> sources;
+
+private:
+    void pump();
+    ::_XDisplay* m_display = nullptr;
+    std::unique_ptr<QSocketNotifier> m_notifier;
 };
 
 // A property on the root window, as a window manager would set it, removed again with its

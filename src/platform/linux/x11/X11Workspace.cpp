@@ -49,6 +49,7 @@ Workspace::Application X11Workspace::applicationOf(quint32 window) {
     Application app;
     if (!window)
         return app;
+    app.window = window;
     const unsigned classCookie = askProperty(window, atom("WM_CLASS"), XCB_ATOM_STRING);
     const unsigned pidCookie = askProperty(window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL);
     if (const auto cls = wmClass(reply(classCookie).get()))
@@ -64,6 +65,25 @@ Workspace::Application X11Workspace::frontmost() {
     const auto active = first32(
         reply(askProperty(rootWindow(), m_activeAtom, XCB_ATOM_WINDOW)).get(), XCB_ATOM_WINDOW);
     return active ? applicationOf(*active) : Application{};
+}
+
+void X11Workspace::activate(const Application& app) {
+    xcb_connection_t* c = connection();
+    if (!c || !app.window)
+        return;
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = quint32(app.window);
+    event.type = m_activeAtom;
+    // Source indication 2 (a pager): the user's own choice, which window managers do not hold
+    // back as focus stealing.
+    event.data.data32[0] = 2;
+    event.data.data32[1] = XCB_CURRENT_TIME;
+    xcb_send_event(c, 0, rootWindow(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&event));
+    xcb_flush(c);
 }
 
 bool X11Workspace::isActivation(const void* message) const {

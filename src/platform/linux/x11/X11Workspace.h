@@ -21,6 +21,7 @@ public:
     ~X11Workspace() override;
 
     Application frontmost() override;
+    void activate(const Application& app) override;
 
     // The identifier for a window class: the well-known players keep their usual identifiers.
     static QString applicationID(const QByteArray& wmClass);
