@@ -94,7 +94,7 @@ void DesktopSession::buildPanel(AppDelegate& app) {
     connect(&theme, &Theme::positionIDChanged, controller,
             &NotchPanelController::themeGeometryChanged);
     connect(&theme, &Theme::showVisualizerChanged, controller,
-            &NotchPanelController::themeGeometryChanged);
+            &NotchPanelController::visualizerToggled);
     // A right press on the panel pops up the status menu, built afresh each time.
     m_panel->setContextMenu([this, controller](QPoint at) {
         m_contextMenu = buildStatusMenu(m_delegate, [controller] { controller->reposition(); });

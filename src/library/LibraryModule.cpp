@@ -1,5 +1,8 @@
 #include "library/LibraryModule.h"
 
+#include "library/CoverCache.h"
+#include "library/CoverImageProvider.h"
+
 #include <QQmlEngine>
 
 void qml_register_types_MirlPlayer_Library();
@@ -13,6 +16,9 @@ void useLibraryModule(QQmlEngine& engine) {
     }();
     Q_UNUSED(registered);
     engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
+    if (!engine.imageProvider(QStringLiteral("cover")))
+        engine.addImageProvider(QStringLiteral("cover"),
+                                new CoverImageProvider(CoverCache::shared()));
 }
 
 } // namespace MirlPlayer

@@ -126,6 +126,9 @@ public:
     Q_INVOKABLE void appear();
     Q_INVOKABLE void disappear();
     Q_INVOKABLE void rememberPosition(const QString& key, const QString& value);
+    Q_INVOKABLE QString scrollPosition(const QString& key) const {
+        return m_scrollPositions.value(key);
+    }
 
     // --- likes ---
     bool isLiked(const SpotifyItem& item);
@@ -134,6 +137,7 @@ public:
     Q_INVOKABLE void setLikedRow(int row, bool wanted);
     void queryLiked(const QList<SpotifyItem>& items, bool assumeLiked);
     void openAlbumOfTrack(const SpotifyItem& track);
+    Q_INVOKABLE void openAlbumOfRow(int row);
 
     // --- playing ---
     // The request for a song of the list: its context is the open playlist or album, or the

@@ -122,7 +122,7 @@ QCoro::Task<void> SpotifyPlayRequest::play(SpotifyPlaybackSelection selection) {
         co_return;
     }
     if (start.outcome == Outcome::failed) {
-        finish(*controller, start.message);
+        finish(*controller, start.message, true);
         co_return;
     }
     const bool queued = start.outcome == Outcome::queued;
@@ -139,7 +139,7 @@ QCoro::Task<void> SpotifyPlayRequest::play(SpotifyPlaybackSelection selection) {
     if (stale())
         throw SpotifyCancellation();
     if (playing) {
-        finish(*controller, std::nullopt);
+        finish(*controller, std::nullopt, true);
         co_return;
     }
     bool reported = false;
@@ -150,15 +150,16 @@ QCoro::Task<void> SpotifyPlayRequest::play(SpotifyPlaybackSelection selection) {
     }
     if (stale())
         throw SpotifyCancellation();
-    finish(*controller, reported ? std::nullopt : std::optional(notStartedMessage));
+    finish(*controller, reported ? std::nullopt : std::optional(notStartedMessage), true);
 }
 
-void SpotifyPlayRequest::finish(MusicController& controller,
-                                const std::optional<QString>& failure) {
+void SpotifyPlayRequest::finish(MusicController& controller, const std::optional<QString>& failure,
+                                bool throughConnect) {
     controller.setSpotifyStartPending(false);
-    FocusLog::shared().logLine(
-        failure ? QStringLiteral("Spotify Connect couldn't start the song: ") + *failure
-                : QStringLiteral("Spotify Connect started the song"));
+    if (throughConnect)
+        FocusLog::shared().logLine(
+            failure ? QStringLiteral("Spotify Connect couldn't start the song: ") + *failure
+                    : QStringLiteral("Spotify Connect started the song"));
     controller.requestPoll();
     if (!failure) {
         // The expected track stays, for a sample to confirm it or for its time to run out.
@@ -183,15 +184,7 @@ QCoro::Task<void> SpotifyPlayRequest::playThroughClient(QString trackURI, QUuid 
     m_guard.release();
     if (stale())
         throw SpotifyCancellation();
-    controller->setSpotifyStartPending(false);
-    controller->requestPoll();
-    if (!failure) {
-        m_player.publishSpotifyPlaybackError(std::nullopt);
-        co_return;
-    }
-    controller->clearExpectedTrack();
-    m_player.publishSpotifyPlaybackError(failure);
-    throw SpotifyFailure(*failure);
+    finish(*controller, failure, false);
 }
 
 } // namespace MirlPlayer

@@ -57,8 +57,9 @@ public:
 
 private:
     QCoro::Task<void> playThroughClient(QString trackURI, QUuid id);
-    // Ends a Connect request: `failure` none means started.
-    void finish(MusicController& controller, const std::optional<QString>& failure);
+    // Ends the request: `failure` none means started.
+    void finish(MusicController& controller, const std::optional<QString>& failure,
+                bool throughConnect);
 
     PlayerState& m_player;
     SpotifyLibrary& m_library;

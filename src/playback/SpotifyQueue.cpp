@@ -6,6 +6,7 @@
 #include "spotify/SpotifyError.h"
 
 #include <QCoro/QCoroSignal>
+#include <QQmlEngine>
 
 namespace MirlPlayer {
 
@@ -53,6 +54,10 @@ SpotifyQueue::~SpotifyQueue() {
 SpotifyQueue& SpotifyQueue::shared() {
     static auto* queue = new SpotifyQueue(Clock::system());
     return *queue;
+}
+
+void SpotifyQueue::registerForQml() {
+    qmlRegisterSingletonInstance("MirlPlayer.Playback", 1, 0, "SongQueue", &shared());
 }
 
 SpotifyPlaybackSelection SpotifyQueue::selectionOf(const SpotifyItem& item) {
@@ -261,6 +266,19 @@ void SpotifyQueue::toggle(const SpotifyItem& item) {
     tracks.append(item);
     setTracks(tracks);
     dropStalePreparation();
+}
+
+void SpotifyQueue::toggleSong(const QVariantMap& row) {
+    SpotifyItem item;
+    item.id = item.uri = row.value(QStringLiteral("uri")).toString();
+    item.name = row.value(QStringLiteral("name")).toString();
+    item.subtitle = row.value(QStringLiteral("subtitle")).toString();
+    item.kind = QStringLiteral("track");
+    item.artistNames = row.value(QStringLiteral("artistNames")).toStringList();
+    if (const QString album = row.value(QStringLiteral("albumURI")).toString(); !album.isEmpty())
+        item.albumURI = album;
+    if (!item.uri.isEmpty())
+        toggle(item);
 }
 
 void SpotifyQueue::remove(const SpotifyItem& item) {

@@ -4,6 +4,8 @@
 
 using namespace MirlPlayer;
 
+Q_DECLARE_METATYPE(MirlPlayer::Spring)
+
 class tst_Spring : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -42,6 +44,37 @@ private Q_SLOTS:
         const Spring fast{0.21, 1.0, 0};
         QVERIFY(fast.settlingTime() < normal.settlingTime());
         QVERIFY(fast.progress(0.1) > normal.progress(0.1));
+    }
+
+    void anInterruptedMotionTurnsWithoutAKink_data() {
+        QTest::addColumn<Spring>("first");
+        QTest::addColumn<Spring>("second");
+        QTest::newRow("bouncy, then firm") << Spring{0.4, 0.82, 0} << Spring{0.42, 1, 0};
+        QTest::newRow("firm, then bouncy") << Spring{0.42, 1, 0} << Spring{0.4, 0.82, 0};
+        QTest::newRow("with a blend") << Spring{0.4, 0.82, 0} << Spring{0.3, 1, 0.2};
+    }
+    void anInterruptedMotionTurnsWithoutAKink() {
+        QFETCH(Spring, first);
+        QFETCH(Spring, second);
+        SpringAxis axis(0);
+        axis.retarget(100, first, 0);
+        const double t = 0.08;
+        const double value = axis.value(t);
+        const double speed = axis.velocity(t);
+        QVERIFY(speed > 100); // well under way
+        axis.retarget(-50, second, t);
+        QCOMPARE(axis.value(t), value);
+        QCOMPARE(axis.velocity(t), speed);
+        // The speed is the slope of the path, just before and just after the turn.
+        const double h = 1e-5;
+        QVERIFY(std::abs((axis.value(t + h) - value) / h - speed) < 0.01 * std::abs(speed));
+        for (double u : {0.05, 0.15, 0.3}) {
+            const double slope = (axis.value(t + u + h) - axis.value(t + u - h)) / (2 * h);
+            QVERIFY2(std::abs(slope - axis.velocity(t + u)) < 0.5, qPrintable(QString::number(u)));
+        }
+        QVERIFY(!axis.settled(t + 0.1));
+        QVERIFY(axis.settled(t + 10));
+        QCOMPARE(axis.value(t + 10), -50.0);
     }
 };
 

@@ -4,6 +4,7 @@
 #include "panel/logic/NotchPanelController.h"
 #include "panel/logic/PillMotion.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
+#include "platform/linux/x11/X11BlurBehind.h"
 #include "platform/linux/x11/X11NotchPanel.h"
 #include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11Screens.h"
@@ -30,6 +31,8 @@ class NotchPanelHost : public QObject {
     Q_PROPERTY(bool expanded READ expanded NOTIFY expandedChanged)
     Q_PROPERTY(QRectF pillRect READ shape NOTIFY geometryChanged)
     Q_PROPERTY(QRectF cardRect READ shape NOTIFY geometryChanged)
+    Q_PROPERTY(double cornerRadius READ cornerRadius NOTIFY geometryChanged)
+    Q_PROPERTY(bool libraryOpen READ libraryOpen NOTIFY libraryOpenChanged)
     Q_PROPERTY(QString artworkSource READ artworkSource NOTIFY artworkSourceChanged)
     Q_PROPERTY(MirlPlayer::NotchLayout* layout READ layout CONSTANT)
     // The shape moves with the panel's springs already; the view adds no easing of its own.
@@ -52,8 +55,14 @@ public:
     QRectF shape() const;
     QString artworkSource() const { return m_artworkSource; }
     bool animatesShape() const { return true; }
+    double cornerRadius() const { return m_motion->cornerRadius(); }
+    bool libraryOpen() const { return m_controller->layout()->libraryOpen(); }
 
     Q_INVOKABLE static QString formatTime(double seconds);
+    // An artist or album link in the title block: opens the library on it.
+    Q_INVOKABLE void openItem(const QVariantMap& item);
+    // The art's tap and hover: opens or closes the library through the controller.
+    Q_INVOKABLE void requestLibrary(bool open) { m_controller->setLibraryOpen(open); }
 
     // Shows the context menu for a right press at a global position; true when one was shown.
     // Kept across `show`.
@@ -66,9 +75,11 @@ Q_SIGNALS:
     void expandedChanged();
     void geometryChanged();
     void artworkSourceChanged();
+    void libraryOpenChanged();
 
 private:
     void updateArtwork();
+    void updateBlur();
 
     PlayerState& m_player;
     Theme& m_theme;
@@ -80,6 +91,7 @@ private:
     std::unique_ptr<PillMotion> m_motion;
     std::unique_ptr<QQuickView> m_view;
     std::unique_ptr<X11NotchPanel> m_panel;
+    X11BlurBehind m_blur;
     ArtworkImageProvider* m_artwork = nullptr; // owned by the view's engine
     int m_artworkGeneration = 0;
     QString m_artworkSource;

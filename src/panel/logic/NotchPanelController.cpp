@@ -428,6 +428,13 @@ void NotchPanelController::reposition() {
         m_panel->orderFrontRegardless();
 }
 
+void NotchPanelController::visualizerToggled() {
+    const auto screen = currentScreen();
+    if (!screen)
+        return;
+    placePill(m_stage, *screen, spring(0.3, 1));
+}
+
 void NotchPanelController::refreshPlacement() {
     if (!m_panel || !currentScreen())
         return;

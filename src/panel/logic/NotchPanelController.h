@@ -76,8 +76,10 @@ public:
     Q_INVOKABLE void reposition();
     void refreshPlacement();
 
-    // The look's pill position or visualizer choice changed.
+    // The look's pill position changed.
     Q_SLOT void themeGeometryChanged() { reposition(); }
+    // The visualizer was switched on or off: the card changes layout with a spring of its own.
+    Q_SLOT void visualizerToggled();
     // Screen parameters changed or the machine woke: refreshes placement 250 ms after the last.
     void screensChanged() { m_screenDebounce.trigger(); }
     Debouncer& screenDebouncer() { return m_screenDebounce; }
