@@ -20,8 +20,12 @@ NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs
     , m_player(player)
     , m_theme(theme) {
     m_windows.setOverviewSource([this] { return m_overview.active(); });
-    m_controller = std::make_unique<NotchPanelController>(
-        Clock::system(), m_screens, m_pointer, m_windows, std::move(inputs), std::move(outputs));
+    m_watchedWindows.setExtraState([this] { return m_overview.active(); });
+    // The tick reads the pointer and the window list through the watch: no round trip to the X
+    // server while it has reported nothing new.
+    m_controller = std::make_unique<NotchPanelController>(Clock::system(), m_screens,
+                                                          m_watchedPointer, m_watchedWindows,
+                                                          std::move(inputs), std::move(outputs));
     m_motion = std::make_unique<PillMotion>(*m_controller->layout());
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::geometryChanged);
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateBlur);
