@@ -11,6 +11,7 @@
 #include "playback/PlayerState.h"
 #include "playback/SpotifyPlayRequest.h"
 #include "playback/SpotifyQueue.h"
+#include "settings/SettingsWindow.h"
 #include "spotify/SpotifyLibrary.h"
 #include "visualizers/VizConfig.h"
 
@@ -44,6 +45,14 @@ DesktopSession::DesktopSession()
     AppDelegate::Hooks hooks;
     hooks.stopAudioEngine = [this](PlayerState&) { m_audio.stop(); };
     hooks.buildPanel = [this](AppDelegate& app) { buildPanel(app); };
+    hooks.openSettings = [this](const QString& page) {
+        if (!m_settings) {
+            m_settings = std::make_unique<SettingsWindow>(versionText());
+            connect(m_settings.get(), &SettingsWindow::setupAssistantRequested, &m_delegate,
+                    &AppDelegate::showSetup);
+        }
+        m_settings->open(page);
+    };
     m_delegate.setHooks(std::move(hooks));
     connect(qApp, &QCoreApplication::aboutToQuit, &m_delegate,
             &AppDelegate::applicationWillTerminate);

@@ -14,6 +14,7 @@ class QMenu;
 namespace MirlPlayer {
 
 class NotchPanelHost;
+class SettingsWindow;
 class SpotifyPlayRequest;
 
 // The program in a Linux desktop session: the players over MPRIS, the delegate with the
@@ -41,7 +42,8 @@ private:
     AudioEngineHost m_audio;
     std::unique_ptr<SpotifyPlayRequest> m_playRequests;
     std::unique_ptr<NotchPanelHost> m_panel;
-    std::unique_ptr<QMenu> m_contextMenu; // the last one popped up from the panel
+    std::unique_ptr<SettingsWindow> m_settings; // built at first use, then kept
+    std::unique_ptr<QMenu> m_contextMenu;       // the last one popped up from the panel
 };
 
 } // namespace MirlPlayer

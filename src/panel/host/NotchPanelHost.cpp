@@ -1,5 +1,6 @@
 #include "panel/host/NotchPanelHost.h"
 
+#include "library/SpotifyBrowser.h"
 #include "look/PlayerBackdrop.h"
 #include "panel/PanelView.h"
 #include "panel/SurfaceGeometry.h"
@@ -53,7 +54,14 @@ QString NotchPanelHost::formatTime(double seconds) {
 }
 
 void NotchPanelHost::openItem(const QVariantMap& item) {
-    Q_UNUSED(item); // the library shows its own header for the item once it opens on it
+    SpotifyItem target;
+    target.uri = target.id = item.value(QStringLiteral("uri")).toString();
+    target.name = item.value(QStringLiteral("name")).toString();
+    target.kind = item.value(QStringLiteral("kind")).toString();
+    // The library opens on the artist or album, unless it already shows it.
+    SpotifyBrowser& browser = SpotifyBrowser::shared();
+    if (!target.uri.isEmpty() && browser.currentRoute().uri != target.uri)
+        browser.openItem(target);
     m_controller->setLibraryOpen(true);
 }
 
