@@ -26,7 +26,8 @@ DesktopSession::DesktopSession()
     // The bus reads the position from the player, which brings the clock up to now: the
     // clock itself moves only while a view shows it.
     , m_busService(&m_delegate.player(), &m_delegate.player())
-    , m_audio(m_bridge) {
+    , m_audio(m_bridge)
+    , m_statusVisibility(QDBusConnection::sessionBus()) {
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
     m_busService.registerOn(QDBusConnection::sessionBus());
@@ -61,6 +62,14 @@ DesktopSession::DesktopSession()
 DesktopSession::~DesktopSession() = default;
 
 void DesktopSession::launch() {
+    // The status item comes before the panel; its "Reposition on Notch" finds the panel when
+    // chosen.
+    m_statusItem = std::make_unique<StatusItem>([this] {
+        return buildStatusMenu(m_delegate, [this] {
+            if (m_panel)
+                m_panel->controller().reposition();
+        });
+    });
     m_delegate.applicationDidFinishLaunching();
 }
 

@@ -54,6 +54,8 @@ public:
 
     bool expanded() const { return m_controller->layout()->expanded(); }
     QRectF shape() const;
+    // Room kept around the shape in the window: the shadow, and a spring's overshoot.
+    static constexpr double drawnMargin = 24;
     QString artworkSource() const { return m_artworkSource; }
     bool animatesShape() const { return true; }
     double cornerRadius() const { return m_motion->cornerRadius(); }
@@ -81,6 +83,7 @@ Q_SIGNALS:
 private:
     void updateArtwork();
     void updateBlur();
+    void updateDrawnRect();
 
     PlayerState& m_player;
     Theme& m_theme;
@@ -100,6 +103,7 @@ private:
     int m_artworkGeneration = 0;
     QString m_artworkSource;
     std::function<bool(QPoint)> m_contextMenu;
+    QRectF m_drawn;
 };
 
 } // namespace MirlPlayer
