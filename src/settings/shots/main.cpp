@@ -1,6 +1,7 @@
 // Pictures of the settings window for the demo: every page, and a search, drawn by the real
 // window over the shipped settings in a private home. Needs a display; the demo runs it on its
-// virtual screen. Writes settings-<page>.png and settings-search.png into the folder given.
+// virtual screen. Writes settings-<page>.png, settings-spotify-guide.png and settings-search.png
+// into the folder given.
 #include "look/LookTypes.h"
 #include "settings/SettingsModel.h"
 #include "settings/SettingsPage.h"
@@ -53,6 +54,15 @@ int main(int argc, char* argv[]) {
         if (!settings.window()->grabWindow().save(QDir(out).filePath(fileName(page))))
             ++failures;
     }
+    // The Spotify setup guide, as "Show step-by-step setup" opens it.
+    settings.model()->setSelection(int(SettingsPage::spotify));
+    settle(200);
+    if (QObject* guide = settings.window()->findChild<QObject*>(QStringLiteral("showGuide")))
+        QMetaObject::invokeMethod(guide, "clicked");
+    settle(400);
+    if (!settings.window()->grabWindow().save(
+            QDir(out).filePath(QStringLiteral("settings-spotify-guide.png"))))
+        ++failures;
     settings.model()->setSearch(QStringLiteral("glass"));
     settle(400);
     if (!settings.window()->grabWindow().save(
