@@ -5,6 +5,8 @@
 #include "audio/AudioCaptureSettings.h"
 #include "core/FocusLog.h"
 #include "core/Preferences.h"
+#include "library/LibraryModule.h"
+#include "library/SpotifyMemory.h"
 #include "look/Theme.h"
 #include "panel/host/NotchPanelHost.h"
 #include "playback/MusicController.h"
@@ -37,6 +39,9 @@ DesktopSession::DesktopSession()
     m_playRequests =
         std::make_unique<SpotifyPlayRequest>(player, SpotifyLibrary::shared(), m_workspace);
     watchActivations();
+    // The library memory exists from the start, so that signing out or changing accounts
+    // removes the former account's memory file even when the library was never opened.
+    SpotifyMemory::shared();
     // The program's own song queue follows every applied Spotify sample.
     SpotifyQueue::shared().attach(player);
 
@@ -110,6 +115,8 @@ void DesktopSession::buildPanel(AppDelegate& app) {
     };
 
     m_panel = std::make_unique<NotchPanelHost>(app.player(), inputs, outputs);
+    // The library's models, for the library view to bind.
+    m_panel->setEngineSetup([](QQmlEngine& engine) { useLibraryModule(engine); });
     NotchPanelController* controller = &m_panel->controller();
     connect(&theme, &Theme::positionIDChanged, controller,
             &NotchPanelController::themeGeometryChanged);

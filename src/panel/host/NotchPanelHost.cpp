@@ -105,6 +105,8 @@ bool NotchPanelHost::show() {
     m_view = std::make_unique<QQuickView>();
     m_artwork = new ArtworkImageProvider;
     m_view->engine()->addImageProvider(QStringLiteral("artwork"), m_artwork);
+    if (m_engineSetup)
+        m_engineSetup(*m_view->engine());
     X11NotchPanel::configure(m_view.get());
     m_view->setColor(Qt::transparent);
     m_view->setResizeMode(QQuickView::SizeRootObjectToView);

@@ -13,9 +13,11 @@
 
 #include <QObject>
 #include <QRectF>
+#include <functional>
 #include <memory>
 
 class QQuickItem;
+class QQmlEngine;
 class QQuickView;
 
 namespace MirlPlayer {
@@ -47,6 +49,10 @@ public:
     // Builds the view and starts the controller. False when the view could not be loaded.
     bool show();
 
+    // Runs on the view's engine before the surface loads, for modules the surface may import.
+    void setEngineSetup(std::function<void(QQmlEngine&)> setup) {
+        m_engineSetup = std::move(setup);
+    }
     QQuickView* window() const { return m_view.get(); }
     NotchPanelController& controller() { return *m_controller; }
     X11NotchPanel* panel() const { return m_panel.get(); }
@@ -97,6 +103,7 @@ private:
     std::unique_ptr<NotchPanelController> m_controller;
     std::unique_ptr<PillMotion> m_motion;
     std::unique_ptr<QQuickView> m_view;
+    std::function<void(QQmlEngine&)> m_engineSetup;
     std::unique_ptr<X11NotchPanel> m_panel;
     X11BlurBehind m_blur;
     ArtworkImageProvider* m_artwork = nullptr; // owned by the view's engine
