@@ -30,6 +30,7 @@ void PillMotion::retarget() {
     if (!motion || motion->response <= 0) {
         // No animation: jump, and stop anything under way.
         m_from = m_to = m_value = to;
+        m_velocity = {};
         const bool wasMoving = moving();
         m_timer.stop();
         Q_EMIT changed();
@@ -37,8 +38,12 @@ void PillMotion::retarget() {
             Q_EMIT movingChanged();
         return;
     }
-    // A new motion starts from wherever the pill is drawn now.
+    // A new motion starts from wherever the pill is drawn now, at the speed it moves there.
     advance();
+    const double t = m_clock.now() - m_start;
+    for (size_t i = 0; i < m_value.size(); ++i)
+        m_velocity[i] = (m_to[i] - m_from[i]) * m_spring.progressRate(t) +
+                        m_velocity[i] * m_spring.carryRate(t);
     m_from = m_value;
     m_to = to;
     m_spring = *motion;
@@ -54,10 +59,12 @@ void PillMotion::advance() {
     const double p = m_spring.progress(t);
     std::array<double, 4> next;
     for (size_t i = 0; i < next.size(); ++i)
-        next[i] = m_from[i] + (m_to[i] - m_from[i]) * p;
+        next[i] = m_from[i] + (m_to[i] - m_from[i]) * p + m_velocity[i] * m_spring.carry(t);
     const bool settled = t >= m_spring.settlingTime();
-    if (settled)
+    if (settled) {
         next = m_to;
+        m_velocity = {};
+    }
     if (next != m_value) {
         m_value = next;
         Q_EMIT changed();

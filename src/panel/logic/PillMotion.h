@@ -11,8 +11,8 @@
 namespace MirlPlayer {
 
 // The pill's shape as drawn: follows the targets that NotchLayout publishes, each move with the
-// spring it was written with, so the views bind to values that are already animated. Runs a
-// frame timer only while something moves.
+// spring it was written with, so the views bind to values that are already animated. A move
+// that replaces a running one keeps its speed. Runs a frame timer only while something moves.
 class PillMotion : public QObject {
     Q_OBJECT
     Q_PROPERTY(double centerX READ centerX NOTIFY changed)
@@ -47,6 +47,7 @@ private:
     std::array<double, 4> m_from{};
     std::array<double, 4> m_to{};
     std::array<double, 4> m_value{};
+    std::array<double, 4> m_velocity{}; // taken over from the motion this one replaced
     Spring m_spring;
     double m_start = 0;
 };

@@ -14,6 +14,13 @@ struct Spring {
     // Fraction of the way from start to target after `t` seconds, for a start at rest.
     // Undamped-to-critically-damped step response of a unit mass spring; exactly 1 once settled.
     double progress(double t) const;
+    // Rate of `progress` at `t`, per second.
+    double progressRate(double t) const;
+    // Displacement after `t` seconds of a spring that starts at its target moving at one unit
+    // per second, and its rate: a motion that replaces a running one adds this, scaled by the
+    // velocity it took over, so the drawn value keeps its speed. 0 once settled.
+    double carry(double t) const;
+    double carryRate(double t) const;
     // Seconds until the remaining distance stays below 0.1 % of the way.
     double settlingTime() const;
 
