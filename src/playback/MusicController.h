@@ -86,13 +86,13 @@ public:
     const Snapshot& lastMusic() const { return m_lastMusic; }
     const QString& lastTrackKey() const { return m_lastTrackKey; }
     int artCacheSize() const { return int(m_artCache.size()); }
-    bool pollingFast() const; // poll-queue state, read through a sync hop
-    // When the next sample is due (milliseconds from now) and the period after it.
+    // When the next sample is due (milliseconds from now) and the poll timer's interval as it
+    // stands, read through a sync hop to the poll queue.
     struct PollSchedule {
         int nextInMs;
-        int repeatMs;
+        int intervalMs;
     };
-    PollSchedule pollSchedule() const;
+    PollSchedule pollSchedule();
     SerialQueue& queue() { return m_queue; }
 
 Q_SIGNALS:
