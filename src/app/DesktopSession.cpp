@@ -7,6 +7,7 @@
 #include "panel/host/NotchPanelHost.h"
 #include "playback/MusicController.h"
 #include "playback/PlayerState.h"
+#include "playback/SpotifyQueue.h"
 #include "visualizers/VizConfig.h"
 
 #include <QCoreApplication>
@@ -21,7 +22,11 @@ DesktopSession::DesktopSession()
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
     m_busService.registerOn(QDBusConnection::sessionBus());
+    connect(&m_busService, &MirlBusService::reopenRequested, &m_delegate,
+            &AppDelegate::applicationShouldHandleReopen);
     watchActivations();
+    // The program's own song queue follows every applied Spotify sample.
+    SpotifyQueue::shared().attach(player);
 
     // The audio engine, started by the player gate and stopped on the way out, so that no
     // capture outlives the process.

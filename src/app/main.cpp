@@ -4,6 +4,8 @@
 #include "core/Logging.h"
 #include "core/Preferences.h"
 #include "look/LookTypes.h"
+#include "platform/linux/service/MirlBusService.h"
+#include "visualizers/views/VisualizerTypes.h"
 
 #include <QApplication>
 #include <QQuickWindow>
@@ -45,13 +47,20 @@ int main(int argc, char* argv[]) {
     // Both must be chosen before the application object exists: a transparent panel needs an
     // alpha channel, and the visualizers draw with OpenGL.
     QQuickWindow::setDefaultAlphaBuffer(true);
-    QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
+    requestVisualizerGraphics();
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("MIRL PRO"));
     QApplication::setDesktopFileName(AppDelegate::bundleIdentifier);
     QApplication::setQuitOnLastWindowClosed(false);
     installDebugLogFilter();
+
+    // One running copy: a second launch asks the first to do what opening it again does, and
+    // leaves before it touches anything.
+    if (!MirlBusService::claimName(QDBusConnection::sessionBus())) {
+        MirlBusService::askRunningCopyToReopen(QDBusConnection::sessionBus());
+        return 0;
+    }
     quitOnTerminationSignals(app);
 
     seedFactoryPreferences(Preferences::shared(), QStringLiteral(":/DefaultPreferences.plist"));

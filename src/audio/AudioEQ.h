@@ -91,6 +91,9 @@ public:
     static constexpr double stopGraceInterval = 1.5;
     static constexpr double wakeDelay = 0.5;
     static constexpr double watchdogInterval = 6.0;
+    // A capture that ends sooner than this after its start while its output is still there was
+    // refused: it counts as a failure of that pid instead of being rebuilt at once.
+    static constexpr double quickEndInterval = 1.0;
 
     // Set before start(); none is owned. Without a backend no capture ever starts.
     void setCaptureBackend(CaptureBackend* backend);
@@ -254,7 +257,8 @@ private:
     PlayerLookup m_playerLookup;
     SleepWatch* m_sleepWatch = nullptr;
     bool m_started = false;
-    quint64 m_captureID = 0; // the backend's name of the running capture, 0 = none
+    quint64 m_captureID = 0;      // the backend's name of the running capture, 0 = none
+    quint64 m_capturedObject = 0; // the audio object it captures
     qint64 m_tappedPID = -1;
     CaptureTimer m_ensureTimer;
     Source m_source = Source::spotify;

@@ -6,7 +6,9 @@
 #include "platform/SleepWatch.h"
 
 #include <QPointer>
+#include <atomic>
 #include <cstdio>
+#include <memory>
 
 namespace MirlPlayer {
 
@@ -52,6 +54,8 @@ void AudioEQ::setCaptureBackend(CaptureBackend* backend) {
         teardown();
         m_backend->setBlockHandler(nullptr);
         m_backend->setEndedHandler(nullptr);
+        m_backend->setChangedHandler(nullptr);
+        m_backend->setWanted(false);
     }
     m_backend = backend;
     if (!m_backend)
@@ -67,6 +71,18 @@ void AudioEQ::setCaptureBackend(CaptureBackend* backend) {
         onMain(self.data(), [self, captureID] {
             if (self)
                 self->captureEnded(captureID);
+        });
+    });
+    // An output that appears while the supervisor waits for one is taken at once, not at the
+    // next tick; a burst of changes makes one look.
+    auto pending = std::make_shared<std::atomic<bool>>(false);
+    m_backend->setChangedHandler([self, pending] {
+        if (pending->exchange(true))
+            return;
+        onMain(self.data(), [self, pending] {
+            pending->store(false);
+            if (self && self->m_wantCapture && self->m_tappedPID == -1)
+                self->refresh();
         });
     });
 }
@@ -94,6 +110,8 @@ void AudioEQ::stop() {
         m_sleepWatch->stopObserving();
     m_started = false;
     teardown();
+    if (m_backend)
+        m_backend->setWanted(false);
 }
 
 void AudioEQ::setSource(const QString& name) {
@@ -137,6 +155,9 @@ void AudioEQ::pollTimers() {
 }
 
 void AudioEQ::refresh() {
+    // The backend follows the audio system only while there is something to capture.
+    if (m_backend)
+        m_backend->setWanted(m_wantCapture);
     if (!m_wantCapture) {
         if (m_tappedPID != -1)
             teardown();
@@ -199,6 +220,7 @@ void AudioEQ::startTap(qint64 pid) {
     }
     const auto& started = std::get<CaptureBackend::Started>(result);
     m_captureID = started.captureID;
+    m_capturedObject = object;
     if (!started.format.usable()) {
         fail(pid, QStringLiteral("Unsupported audio format"), 0);
         return;
@@ -237,12 +259,22 @@ void AudioEQ::teardown() {
 
 // The captured stream went away under a running capture (the player closed or rebuilt its
 // output): the capture is torn down and looked for again at once instead of waiting for the
-// watchdog, since the same pid would otherwise look tapped forever.
+// watchdog, since the same pid would otherwise look tapped forever. A capture that ends right
+// after its start while the same output is still there was refused (a link the sound server or
+// a sandbox does not allow); rebuilding it would only end again, in a loop, so it fails like any
+// other start and waits for a new pid or a retry.
 void AudioEQ::captureEnded(quint64 captureID) {
     if (captureID == 0 || captureID != m_captureID)
         return; // a capture that was already replaced
+    const qint64 pid = m_tappedPID;
+    const quint64 object = m_capturedObject;
+    const bool quick = m_clock.now() - m_startedAt < quickEndInterval;
     debugLine(m_sourceLabel + QStringLiteral(" capture ended"));
     teardown();
+    if (quick && m_backend && m_backend->audioObject(pid) == object) {
+        fail(pid, QStringLiteral("CaptureEnded"), 0);
+        return;
+    }
     refresh();
 }
 

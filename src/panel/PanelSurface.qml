@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Shapes
+import MirlPlayer.Visualizers
 
 // The panel's surface: one rounded shape that rests as a pill and grows into the player card.
 // The card has two layouts: a column with large artwork when the visualizer is off, and a wide
@@ -17,23 +18,6 @@ Item {
     readonly property rect shape: open ? panel.cardRect : panel.pillRect
     readonly property real position: player.clock ? player.clock.position : 0
     readonly property var levels: player.eqStore ? player.eqStore.levels : []
-    // Folded once per delivery; the bars themselves stay and only change height.
-    readonly property var cardBars: wide && open ? bars(32) : []
-    readonly property var pillBars: wide && !open ? bars(5) : []
-
-    // The band levels folded into `count` bars (the loudest band of each group).
-    function bars(count) {
-        const out = []
-        const n = levels.length
-        const group = Math.max(1, Math.floor(n / count))
-        for (let i = 0; i < count; ++i) {
-            let peak = 0
-            for (let j = i * group; j < Math.min(n, (i + 1) * group); ++j)
-                peak = Math.max(peak, levels[j])
-            out.push(peak)
-        }
-        return out
-    }
 
     Rectangle {
         id: pill
@@ -61,21 +45,11 @@ Item {
             width: 20
             height: 11
             visible: !root.open
-            Row {
+            MiniEQ {
                 anchors.fill: parent
-                spacing: 2
                 visible: root.wide
-                Repeater {
-                    model: 5
-                    Rectangle {
-                        required property int index
-                        width: 2.4
-                        height: Math.max(2, (root.pillBars[index] || 0) * 11)
-                        radius: 1.2
-                        anchors.bottom: parent.bottom
-                        color: root.player.accent
-                    }
-                }
+                levels: root.wide && !root.open ? root.levels : []
+                color: root.player.accent
             }
             TransportGlyph {
                 anchors.centerIn: parent
@@ -207,30 +181,18 @@ Item {
                 }
             }
 
-            // The live levels of the player's own audio, low notes on the left.
-            Row {
-                id: visualizer
-                objectName: "levelBars"
+            // The visualizer of the chosen style, drawn from the player's own audio.
+            SpectrumView {
+                objectName: "visualizer"
                 visible: root.wide
                 x: details.x + details.width + 16
                 width: parent.width - x
                 height: art.height
                 y: art.y
-                spacing: 2
-                readonly property int count: 32
-                Repeater {
-                    model: visualizer.count
-                    Rectangle {
-                        required property int index
-                        readonly property real level: root.cardBars[index] || 0
-                        width: (visualizer.width - visualizer.spacing * (visualizer.count - 1)) / visualizer.count
-                        height: Math.max(2, level * visualizer.height)
-                        anchors.bottom: parent.bottom
-                        radius: Math.min(width / 2, 2)
-                        color: root.player.accent
-                        opacity: 0.55 + 0.45 * level
-                    }
-                }
+                vizID: root.theme.vizID
+                levelsStore: root.wide && root.open ? root.player.eqStore : null
+                stereoStore: root.player.stereoStore
+                theme: root.theme
             }
         }
     }

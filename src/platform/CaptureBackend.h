@@ -32,10 +32,11 @@ struct CaptureBlock {
     std::vector<float> samples;
 };
 
-// The seam to the operating system's per-application audio capture. Everything except the two
+// The seam to the operating system's per-application audio capture. Everything except the
 // handlers is called on the GUI thread, in the order of the tap start: removeStale, audioObject,
 // startCapture; teardown removes whatever exists and may be called at any time, also twice.
-// After teardown() returns, no block handler runs and none will.
+// After teardown() returns, no block handler runs and none will. None of the calls waits for
+// the audio system: what they need to know, the backend learns on its own thread beforehand.
 class CaptureBackend {
 public:
     // A start that failed: the step that failed and the system's status code.
@@ -53,6 +54,7 @@ public:
 
     using BlockHandler = std::function<void(CaptureBlock&& block)>;
     using EndedHandler = std::function<void(quint64 captureID)>;
+    using ChangedHandler = std::function<void()>;
 
     virtual ~CaptureBackend() = default;
 
@@ -70,11 +72,19 @@ public:
     // Stops and removes the capture and everything created for it. Ignores every error.
     virtual void teardown() = 0;
 
+    // Whether captures are wanted for now. While they are, the backend may stay connected to the
+    // audio system and follow it, so that audioObject() answers at once; once they are not, it
+    // lets go of everything.
+    virtual void setWanted(bool wanted) { (void)wanted; }
+
     // Called on the backend's thread with each block of a running capture.
     void setBlockHandler(BlockHandler handler) { m_blockHandler = std::move(handler); }
     // Called on the backend's thread, at most once per capture, when a capture ended by itself
     // because the captured object went away. The capture delivers nothing more afterwards.
     void setEndedHandler(EndedHandler handler) { m_endedHandler = std::move(handler); }
+    // Called on the backend's thread when audioObject() may answer differently than before: a
+    // new output appeared, or the backend's view of the audio system became complete.
+    void setChangedHandler(ChangedHandler handler) { m_changedHandler = std::move(handler); }
 
 protected:
     void deliverBlock(CaptureBlock&& block) const {
@@ -85,10 +95,15 @@ protected:
         if (m_endedHandler)
             m_endedHandler(captureID);
     }
+    void deliverChanged() const {
+        if (m_changedHandler)
+            m_changedHandler();
+    }
 
 private:
     BlockHandler m_blockHandler;
     EndedHandler m_endedHandler;
+    ChangedHandler m_changedHandler;
 };
 
 } // namespace MirlPlayer

@@ -65,7 +65,14 @@ public:
 
     // Play requests mark the track they wait for (the requests themselves build on this).
     void expectTrack(const QString& uri, double until);
+    void clearExpectedTrack() { m_expectedTrack.reset(); }
+    bool expectingTrack() const { return m_expectedTrack.has_value(); }
+    void clearEmptySnapshotSince() { m_emptySnapshotSince.reset(); }
     void setSpotifyStartPending(bool pending) { m_spotifyStartPending = pending; }
+    bool spotifyStartPending() const { return m_spotifyStartPending; }
+    // Makes a new play request the newest; an older one finds its copy stale and leaves.
+    QUuid renewSpotifyRequestID() { return m_spotifyRequestID = QUuid::createUuid(); }
+    const QUuid& spotifyRequestID() const { return m_spotifyRequestID; }
     void setSpotifySelected(bool selected) { m_routing.spotifySelected = selected; }
 
     // Where the artwork's colours go: `extract` runs on the poll queue and returns the palette's
@@ -84,6 +91,7 @@ public:
     Source activeSource() const { return m_activeSource; }
     const Snapshot& lastSpotify() const { return m_lastSpotify; }
     const Snapshot& lastMusic() const { return m_lastMusic; }
+    double lastSampledAt() const { return m_lastSampledAt; }
     const QString& lastTrackKey() const { return m_lastTrackKey; }
     int artCacheSize() const { return int(m_artCache.size()); }
     // When the next sample is due (milliseconds from now) and the poll timer's interval as it
@@ -94,6 +102,9 @@ public:
     };
     PollSchedule pollSchedule();
     SerialQueue& queue() { return m_queue; }
+    // Play requests and their read-back, so that a slow request never delays sampling.
+    SerialQueue& playQueue() { return m_playQueue; }
+    PlayerBridge& bridge() { return m_bridge; }
 
 Q_SIGNALS:
     // A sample was applied (for observers such as the program's bus service and tests).

@@ -63,6 +63,9 @@ public:
         deliverBlock(std::move(block));
     }
     void end(quint64 id) { deliverEnded(id); }
+    bool wanted = false;
+    void setWanted(bool want) override { wanted = want; }
+    void changed() { deliverChanged(); }
 };
 
 class FakeSleepWatch final : public SleepWatch {
@@ -356,22 +359,35 @@ private Q_SLOTS:
     }
 
     void aCaptureThatEndsByItselfIsLookedForAgain_data() {
-        QTest::addColumn<bool>("outputBack");
-        QTest::newRow("the player opened a new output") << true;
-        QTest::newRow("the player has no output now") << false;
+        QTest::addColumn<quint64>("outputAfter"); // the player's output afterwards, 0 = none
+        QTest::addColumn<double>("ranFor");
+        QTest::newRow("the player opened a new output") << quint64(11) << 5.0;
+        QTest::newRow("the player has no output now") << quint64(0) << 5.0;
+        QTest::newRow("a new output right after the start") << quint64(11) << 0.2;
+        QTest::newRow("refused right after its start") << quint64(7) << 0.2;
     }
     void aCaptureThatEndsByItselfIsLookedForAgain() {
-        QFETCH(bool, outputBack);
+        QFETCH(quint64, outputAfter);
+        QFETCH(double, ranFor);
         startCapturing();
+        advance(ranFor);
         const quint64 first = m_capture.running;
-        if (outputBack)
-            m_capture.objects[100] = 11;
+        if (outputAfter)
+            m_capture.objects[100] = outputAfter;
         else
             m_capture.objects.erase(100);
         m_capture.end(first);
         QCoreApplication::processEvents();
         QVERIFY(m_capture.count("teardown") >= 1);
-        if (outputBack) {
+        if (outputAfter == 7) {
+            // A failure of that pid: no rebuild now, none on the next ticks.
+            QCOMPARE(m_eq->failedPID(), std::optional<qint64>(100));
+            QCOMPARE(lastStatus(), (Status{failureText, true}));
+            advance(2 * AudioEQ::supervisorInterval);
+            QCOMPARE(m_capture.count("startCapture"), 0);
+            return;
+        }
+        if (outputAfter) {
             QCOMPARE(m_capture.calls.last(), QStringLiteral("startCapture 11"));
             QCOMPARE(m_eq->tappedPID(), qint64(100));
         } else {
@@ -383,6 +399,22 @@ private Q_SLOTS:
         m_capture.end(first);
         QCoreApplication::processEvents();
         QCOMPARE(m_capture.calls, calls);
+    }
+
+    void anOutputThatAppearsIsTakenWithoutWaitingForTheTick() {
+        m_pids[Source::spotify] = 100;
+        m_eq->start();
+        m_eq->setCapture(true, false);
+        QVERIFY(m_capture.wanted);
+        QCOMPARE(m_eq->tappedPID(), qint64(-1));
+        m_capture.objects[100] = 7;
+        m_capture.changed();
+        m_capture.changed();
+        QCoreApplication::processEvents();
+        QCOMPARE(m_eq->tappedPID(), qint64(100));
+        QCOMPARE(m_capture.count("startCapture"), 1);
+        m_eq->setCapture(false, true);
+        QVERIFY(!m_capture.wanted);
     }
 
     void wakeFromSleepRebuildsTheCaptureHalfASecondLater() {

@@ -2,6 +2,7 @@
 #include "look/Theme.h"
 #include "panel/PanelView.h"
 #include "playback/PlayerState.h"
+#include "visualizers/views/VisualizerTypes.h"
 
 #include <QQuickItem>
 #include <QQuickView>
@@ -62,6 +63,8 @@ class tst_PanelView : public QObject {
     };
 
 private Q_SLOTS:
+    void initTestCase() { registerVisualizerTypes(); }
+
     void timesReadAsMinutesAndSeconds_data() {
         QTest::addColumn<double>("seconds");
         QTest::addColumn<QString>("text");
@@ -99,7 +102,7 @@ private Q_SLOTS:
         s.panel.setExpanded(true, QRectF(632, 38, 248, 336));
         QCOMPARE(s.item("title")->property("text").toString(), QStringLiteral("First Light"));
         QTRY_VERIFY(s.item("title")->isVisible()); // the card fades in
-        QVERIFY(!s.item("levelBars")->isVisible());
+        QVERIFY(!s.item("visualizer")->isVisible());
 
         // With nothing to command, the button flips at once and nothing else happens.
         QQuickItem* play = s.item("playPauseButton");
@@ -109,29 +112,35 @@ private Q_SLOTS:
         QVERIFY(s.player.isPlaying());
     }
 
-    void theWideCardShowsTheLiveLevels() {
+    void theWideCardShowsTheChosenStyle_data() {
+        QTest::addColumn<QString>("vizID");
+        QTest::addColumn<QString>("view");
+        QTest::newRow("bars") << "bars"
+                              << "MirlPlayer::BarsEQ";
+        QTest::newRow("mirror") << "mirror"
+                                << "MirlPlayer::MirrorEQ";
+        QTest::newRow("designer") << "phosphor"
+                                  << "MirlPlayer::DesignerSpectrum";
+        QTest::newRow("analyzer") << "stereoAnalyzer"
+                                  << "MirlPlayer::StereoAnalyzerView";
+        QTest::newRow("unknown id") << "aurora"
+                                    << "MirlPlayer::NeonWaterfallView";
+    }
+    void theWideCardShowsTheChosenStyle() {
+        QFETCH(QString, vizID);
+        QFETCH(QString, view);
         Surface s(m_dir.filePath("b.conf"));
         s.theme.setShowVisualizer(true);
+        s.theme.setVizID(vizID);
         QVERIFY(s.load());
         s.panel.setExpanded(true, QRectF(466, 38, 580, 168));
-        QQuickItem* bars = s.item("levelBars");
-        QTRY_VERIFY(bars->isVisible()); // the card fades in
-        const QList<QQuickItem*> children = bars->childItems();
-        QCOMPARE(children.size(), 33); // 32 bars and their repeater
-        auto heightOf = [&](int bar) { return children.at(bar)->height(); };
-        QList<double> levels(128, 0.0);
-        for (int i = 0; i < 4; ++i)
-            levels[i] = 1.0; // the lowest group, loud
-        levels[127] = 0.5;   // the highest group, half
-        s.player.eqStore()->setLevels(levels);
-        QCOMPARE(heightOf(0), bars->height());
-        QCOMPARE(heightOf(31), bars->height() / 2);
-        QCOMPARE(heightOf(15), 2.0); // silent bars keep a sliver
-        // The bars are kept and only change height: the same items after another delivery.
-        QQuickItem* first = children.at(0);
-        s.player.eqStore()->setLevels(QList<double>(128, 0.25));
-        QCOMPARE(bars->childItems().at(0), first);
-        QCOMPARE(first->height(), bars->height() / 4);
+        QQuickItem* visualizer = s.item("visualizer");
+        QTRY_VERIFY(visualizer->isVisible()); // the card fades in
+        auto* loader = visualizer->findChild<QQuickItem*>("styleLoader");
+        QVERIFY(loader);
+        auto* shown = loader->property("item").value<QQuickItem*>();
+        QVERIFY(shown);
+        QCOMPARE(QString::fromLatin1(shown->metaObject()->className()), view);
     }
 };
 

@@ -16,6 +16,7 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QFile>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QTest>
@@ -189,6 +190,30 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(m_state->isPlaying(), 10000);
         QTRY_COMPARE_WITH_TIMEOUT(m_engine->tappedPID(), m_player, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(m_settings->status().startsWith(u"Receiving audio from "), 10000);
+    }
+
+    // A player whose bus name and sound come from different processes, as browsers and Electron
+    // players are: the parent announces itself over MPRIS and plays nothing; its child plays.
+    void hearsAPlayerWhoseSoundComesFromItsChild() {
+        m_session->stopPlayer(m_player);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_state->isPlaying(), 10000);
+        // The child starts once the parent plays, so that it ends with the parent's playback.
+        QFile script(m_dir.filePath(QStringLiteral("child.lua")));
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write(uR"(mp.register_event('file-loaded', function() mp.command_native_async({
+  name = 'subprocess', playback_only = true, args = {'mpv', '--no-config', '--load-scripts=no',
+  '--vo=null', '--loop=inf', '--ao=pipewire', '%1'}}, function() end) end))"_qs.arg(chord)
+                         .toUtf8());
+        script.close();
+        m_player = m_session->startPlayer(
+            QStringLiteral("av://lavfi:anullsrc=r=48000"),
+            {u"--script=" + mprisPlugin, u"--script=" + script.fileName(), u"--ao=null"_qs});
+        QTRY_VERIFY_WITH_TIMEOUT(m_state->isPlaying(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(m_settings->status().startsWith(u"Receiving audio from "), 10000);
+        QCOMPARE(m_engine->tappedPID(), m_player); // the parent plays nothing itself
+        // The child goes with its parent.
+        m_session->stopPlayer(m_player);
+        QTRY_VERIFY_WITH_TIMEOUT(!m_capture->hasStream(), 5000);
     }
 };
 

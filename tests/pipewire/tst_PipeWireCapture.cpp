@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <atomic>
 #include <cmath>
 #include <mutex>
 #include <numbers>
@@ -114,6 +115,21 @@ qint64 streamNodeOf(const QJsonArray& dump, qint64 pid) {
 
 const QString captureNodeName = QStringLiteral("mirl-pro-capture");
 
+// The program's own connections to the sound server.
+int connectionsOfThisProgram(const QJsonArray& dump) {
+    return int(std::count_if(dump.begin(), dump.end(), [](const QJsonValue& value) {
+        return value[u"info"][u"props"][u"application.id"].toString() == u"com.kestrova.mirlpro" &&
+               value[u"type"].toString() == u"PipeWire:Interface:Client";
+    }));
+}
+
+// The backend learns the graph on its own thread; a lookup answers from what it knows so far.
+quint64 lookUp(PipeWireCapture& capture, qint64 pid) {
+    quint64 object = 0;
+    (void)QTest::qWaitFor([&] { return (object = capture.audioObject(pid)) != 0; }, 5000);
+    return object;
+}
+
 } // namespace
 
 class tst_PipeWireCapture : public QObject {
@@ -130,6 +146,57 @@ private Q_SLOTS:
     }
     void cleanupTestCase() { m_session.reset(); }
 
+    void hearsThePlayerAloneWhileAnotherAppPlays() {
+        const qint64 player = m_session->startTone(220);
+        const qint64 other = m_session->startTone(3000);
+        QVERIFY(m_session->waitForStreamOf(player));
+        QVERIFY(m_session->waitForStreamOf(other));
+
+        PipeWireCapture capture;
+        Collector collector;
+        collector.attach(capture);
+        const quint64 object = lookUp(capture, player);
+        QVERIFY(object != 0);
+        const auto result = capture.startCapture(object);
+        QVERIFY(std::holds_alternative<CaptureBackend::Started>(result));
+        QCOMPARE(std::get<CaptureBackend::Started>(result).format,
+                 PipeWireCapture::requestedFormat());
+
+        QTRY_VERIFY_WITH_TIMEOUT(collector.frames() >= 48000, 8000);
+        {
+            std::lock_guard lock(collector.mutex);
+            QCOMPARE(collector.formats.size(), std::size_t(1));
+            QCOMPARE(collector.formats.front(), PipeWireCapture::requestedFormat());
+            const std::vector<float> tail(collector.left.end() - 32768, collector.left.end());
+            const double mine = powerAt(tail, 220, 48000);
+            const double theirs = powerAt(tail, 3000, 48000);
+            QVERIFY2(mine > 1e-4, qPrintable(QString::number(mine)));
+            QVERIFY2(theirs * 1000 < mine,
+                     qPrintable(QStringLiteral("220 Hz %1, 3 kHz %2").arg(mine).arg(theirs)));
+        }
+
+        // The graph agrees: the capture's only source is the player's own node.
+        const qint64 playerNode = streamNodeOf(m_session->dump(), player);
+        QVERIFY(playerNode >= 0);
+        QJsonArray graph = m_session->dump();
+        const qint64 mineNode = nodeNamed(graph, captureNodeName).value(u"id").toInteger(-1);
+        QVERIFY(mineNode >= 0);
+        const QList<qint64> sources = sourcesOf(graph, mineNode);
+        QVERIFY(!sources.isEmpty());
+        for (qint64 source : sources)
+            QCOMPARE(source, playerNode);
+        // The player is still heard: its own link to the output stays.
+        const qint64 sink =
+            nodeNamed(graph, QStringLiteral("mirl-null-sink")).value(u"id").toInteger();
+        QVERIFY(sourcesOf(graph, sink).contains(playerNode));
+
+        capture.teardown();
+        QVERIFY(!capture.hasStream());
+        QVERIFY(nodeNamed(m_session->dump(), captureNodeName).isEmpty());
+        m_session->stopPlayer(player);
+        m_session->stopPlayer(other);
+    }
+
     void endsWhenThePlayerGoesAndNeverFallsBack() {
         const qint64 other = m_session->startTone(3000);
         const qint64 player = m_session->startTone(440);
@@ -139,7 +206,7 @@ private Q_SLOTS:
         PipeWireCapture capture;
         Collector collector;
         collector.attach(capture);
-        const auto result = capture.startCapture(capture.audioObject(player));
+        const auto result = capture.startCapture(lookUp(capture, player));
         QVERIFY(std::holds_alternative<CaptureBackend::Started>(result));
         const quint64 id = std::get<CaptureBackend::Started>(result).captureID;
         QTRY_VERIFY_WITH_TIMEOUT(collector.blockCount() > 10, 8000);
@@ -189,7 +256,7 @@ private Q_SLOTS:
         PipeWireCapture capture;
         Collector collector;
         collector.attach(capture);
-        const quint64 object = capture.audioObject(player);
+        const quint64 object = lookUp(capture, player);
         QVERIFY(object != 0);
         QVERIFY(std::holds_alternative<CaptureBackend::Started>(capture.startCapture(object)));
         QTRY_VERIFY_WITH_TIMEOUT(collector.frames() >= 16384, 8000);
@@ -214,6 +281,36 @@ private Q_SLOTS:
         QVERIFY(std::holds_alternative<CaptureBackend::Failure>(result));
         QCOMPARE(std::get<CaptureBackend::Failure>(result).step, QStringLiteral("ConnectServer"));
         QVERIFY(!capture.hasStream());
+    }
+
+    // While captures are wanted one connection serves every lookup and capture; a player that
+    // starts later is announced, and nothing is left once captures are no longer wanted.
+    void oneConnectionWhileWantedAndNoneAfter() {
+        PipeWireCapture capture;
+        std::atomic<int> changes = 0;
+        capture.setChangedHandler([&changes] { ++changes; });
+        capture.setWanted(true);
+        QTRY_VERIFY_WITH_TIMEOUT(changes > 0, 5000); // the whole graph is known now
+        QCOMPARE(connectionsOfThisProgram(m_session->dump()), 1);
+        const int before = changes;
+        const qint64 player = m_session->startTone(550); // a child of this process
+        QTRY_VERIFY_WITH_TIMEOUT(changes > before, 5000);
+        // Every player descends from the first process, as this program does: no player's
+        // parent. Nor are a pid that names nothing, or none.
+        for (const qint64 pid : {qint64(1), qint64(4194000), qint64(-1)})
+            QCOMPARE(capture.audioObject(pid), quint64(0));
+        for (int round = 0; round < 3; ++round) {
+            const quint64 object = capture.audioObject(player);
+            QVERIFY(object != 0);
+            QVERIFY(std::holds_alternative<CaptureBackend::Started>(capture.startCapture(object)));
+            capture.teardown();
+        }
+        const QJsonArray graph = m_session->dump();
+        QCOMPARE(connectionsOfThisProgram(graph), 1);
+        QVERIFY(nodeNamed(graph, captureNodeName).isEmpty());
+        capture.setWanted(false);
+        QCOMPARE(connectionsOfThisProgram(m_session->dump()), 0);
+        m_session->stopPlayer(player);
     }
 };
 

@@ -6,6 +6,7 @@
 #include <QDBusMetaType>
 #include <QDBusReply>
 #include <QDBusVariant>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -112,6 +113,13 @@ private Q_SLOTS:
         QCOMPARE(read(client, "duration").toDouble(), 45.0);
         QCOMPARE(read(client, "isPlaying").toBool(), false);
         QCOMPARE(read(client, "trackURI").toString(), QString());
+        QDBusMessage getAll =
+            QDBusMessage::createMethodCall("com.kestrova.mirlpro", "/com/kestrova/mirlpro",
+                                           "org.freedesktop.DBus.Properties", "GetAll");
+        getAll << QStringLiteral("com.kestrova.mirlpro");
+        const QDBusMessage all = client.call(getAll, QDBus::BlockWithGui, 2000);
+        QCOMPARE(qdbus_cast<QVariantMap>(all.arguments().value(0)).value("title"),
+                 QVariant("First Light"));
         QDBusConnection::disconnectFromBus("service1");
         QDBusConnection::disconnectFromBus("client1");
     }
@@ -200,6 +208,27 @@ private Q_SLOTS:
         QVERIFY(!second.registerOn(QDBusConnection(QString())));
         QDBusConnection::disconnectFromBus("service3");
         QDBusConnection::disconnectFromBus("service4");
+    }
+
+    // The running copy holds the name: a second launch of the program asks it to do what a
+    // reopen does and leaves, successfully.
+    void aSecondLaunchHandsTheReopenToTheRunningCopy() {
+        StandInModel model;
+        StandInClock clock;
+        MirlBusService running(&model, &clock);
+        QVERIFY(running.registerOn(m_bus.connect("service6")));
+        QSignalSpy reopened(&running, &MirlBusService::reopenRequested);
+        QProcess second;
+        QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+        env.insert("DBUS_SESSION_BUS_ADDRESS", m_bus.address());
+        env.insert("QT_QPA_PLATFORM", "offscreen");
+        second.setProcessEnvironment(env);
+        second.start(QStringLiteral(MIRL_PROGRAM), {});
+        QTRY_COMPARE_WITH_TIMEOUT(reopened.size(), 1, 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(second.state(), QProcess::NotRunning, 5000);
+        QCOMPARE(second.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(second.exitCode(), 0);
+        QDBusConnection::disconnectFromBus("service6");
     }
 
     void aGoneModelReadsAsEmpty() {

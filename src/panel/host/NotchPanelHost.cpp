@@ -2,6 +2,7 @@
 
 #include "panel/PanelView.h"
 #include "playback/PlayerState.h"
+#include "visualizers/views/VisualizerTypes.h"
 
 #include <QLoggingCategory>
 #include <QQmlEngine>
@@ -43,6 +44,7 @@ QString NotchPanelHost::formatTime(double seconds) {
 }
 
 bool NotchPanelHost::show() {
+    registerVisualizerTypes();
     m_view = std::make_unique<QQuickView>();
     m_artwork = new ArtworkImageProvider;
     m_view->engine()->addImageProvider(QStringLiteral("artwork"), m_artwork);

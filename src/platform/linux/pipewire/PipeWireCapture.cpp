@@ -1,141 +1,51 @@
 #include "platform/linux/pipewire/PipeWireCapture.h"
 
-#include "platform/linux/pipewire/PipeWireGraph.h"
+#include "platform/linux/pipewire/PipeWireConnection.h"
+#include "platform/linux/pipewire/SystemProcessFacts.h"
 
 #include <QLoggingCategory>
 #include <QMap>
 
-#include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
 #include <spa/param/props.h>
 #include <spa/pod/builder.h>
 
-#include <atomic>
 #include <cerrno>
-#include <cstring>
-#include <mutex>
 
 Q_LOGGING_CATEGORY(lcPipeWire, "mirl.audio.pipewire")
 
 namespace MirlPlayer {
 
+using namespace PipeWire;
+
 namespace {
 
-constexpr int kRoundtripTimeoutMs = 1500;
 constexpr quint32 kRate = 48000;
 constexpr quint32 kChannels = 2;
-
-void initPipeWire() {
-    static std::once_flag once;
-    std::call_once(once, [] { pw_init(nullptr, nullptr); });
-}
-
-// Owning handles. Each deleter is the one call that frees its C object.
-struct ThreadLoopDeleter {
-    void operator()(pw_thread_loop* loop) const { pw_thread_loop_destroy(loop); }
-};
-struct ContextDeleter {
-    void operator()(pw_context* context) const { pw_context_destroy(context); }
-};
-struct CoreDeleter {
-    void operator()(pw_core* core) const { pw_core_disconnect(core); }
-};
-struct ProxyDeleter {
-    void operator()(void* proxy) const { pw_proxy_destroy(static_cast<pw_proxy*>(proxy)); }
-};
-struct StreamDeleter {
-    void operator()(pw_stream* stream) const { pw_stream_destroy(stream); }
-};
-struct PropertiesDeleter {
-    void operator()(pw_properties* props) const { pw_properties_free(props); }
-};
-
-using ThreadLoopPtr = std::unique_ptr<pw_thread_loop, ThreadLoopDeleter>;
-using ContextPtr = std::unique_ptr<pw_context, ContextDeleter>;
-using CorePtr = std::unique_ptr<pw_core, CoreDeleter>;
-using RegistryPtr = std::unique_ptr<pw_registry, ProxyDeleter>;
-using ClientPtr = std::unique_ptr<pw_client, ProxyDeleter>;
-using StreamPtr = std::unique_ptr<pw_stream, StreamDeleter>;
-using PropertiesPtr = std::unique_ptr<pw_properties, PropertiesDeleter>;
-
-// A listener registration. It must be removed before the object it listens to is freed, so
-// owners declare it after the handle: members are destroyed in reverse order.
-class Listener {
-public:
-    Listener() { std::memset(&m_hook, 0, sizeof m_hook); }
-    ~Listener() { remove(); }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-    spa_hook* get() { return &m_hook; }
-    void remove() {
-        if (m_hook.link.next) {
-            spa_hook_remove(&m_hook);
-            std::memset(&m_hook, 0, sizeof m_hook);
-        }
-    }
-
-private:
-    spa_hook m_hook;
-};
-
-// Holds the thread loop's lock for a scope. The loop thread takes the same lock while it runs
-// callbacks, so while it is held no callback runs.
-class LoopLock {
-public:
-    explicit LoopLock(pw_thread_loop* loop)
-        : m_loop(loop) {
-        pw_thread_loop_lock(m_loop);
-    }
-    ~LoopLock() { pw_thread_loop_unlock(m_loop); }
-    LoopLock(const LoopLock&) = delete;
-    LoopLock& operator=(const LoopLock&) = delete;
-
-private:
-    pw_thread_loop* m_loop;
-};
-
-QHash<QString, QString> toHash(const spa_dict* dict) {
-    QHash<QString, QString> out;
-    if (!dict)
-        return out;
-    const spa_dict_item* item;
-    spa_dict_for_each(item, dict) {
-        if (item->key && item->value)
-            out.insert(QString::fromUtf8(item->key), QString::fromUtf8(item->value));
-    }
-    return out;
-}
+// Sound settings list the stream by this name: what it is for, and what it hears.
+constexpr const char* kMediaName = "Visualizer (the player's sound only)";
 
 } // namespace
 
 struct PipeWireCapture::Impl {
-    PipeWireCapture* owner = nullptr;
+    explicit Impl(PipeWireCapture* capture)
+        : owner(capture)
+        , connection({[this] { owner->deliverChanged(); },
+                      [this](quint32 id) {
+                          // When the target leaves the graph the capture ends, whatever the
+                          // session manager does with the stream.
+                          if (targetNode != 0 && id == targetNode)
+                              endCapture("target node removed");
+                      },
+                      [this] { endCapture("server gone"); }}) {}
 
-    // The connection, alive from the first need to teardown(). Declared so that destruction in
-    // reverse order frees the stream before the core and the core before context and loop.
-    ThreadLoopPtr loop;
-    ContextPtr context;
-    CorePtr core;
-    Listener coreListener;
-    bool broken = false; // the server went away; loop thread only while running
-    int syncSeq = 0;
-    bool syncDone = false;
+    PipeWireCapture* owner;
+    SystemProcessFacts facts;
+    bool wanted = false;                 // GUI thread
+    QMap<quint64, quint32> nodeBySerial; // GUI thread: serials of the last lookups → node ids
+    PipeWireConnection connection;
 
-    // Discovery state, used only inside listObjects().
-    struct Bound {
-        ClientPtr client;
-        Listener listener;
-        quint32 id = 0;
-        Impl* impl = nullptr;
-    };
-    std::vector<PipeWireObject> objects;
-    pw_registry* discoveryRegistry = nullptr;
-    std::vector<std::unique_ptr<Bound>> boundClients;
-    QMap<quint64, quint32> nodeBySerial; // serials seen by the last lookup → node ids
-
-    // The running capture.
-    RegistryPtr watcher;
-    Listener watcherListener;
+    // The running capture, on the connection; declared after it, so it goes first.
     StreamPtr stream;
     Listener streamListener;
     quint32 targetNode = 0;
@@ -145,176 +55,28 @@ struct PipeWireCapture::Impl {
     CaptureFormat format;       // loop thread: negotiated format of the running stream
     bool reachedStream = false; // loop thread: the stream has been connected at least once
 
-    bool connect();
+    void stopStream();
     void disconnect();
-    bool roundtrip();
-    std::vector<PipeWireObject> listObjects();
     void endCapture(const char* why);
 
-    static const pw_core_events coreEvents;
-    static const pw_registry_events discoveryEvents;
-    static const pw_client_events clientEvents;
-    static const pw_registry_events watcherEvents;
     static const pw_stream_events streamEvents;
 };
 
-// --- connection ---------------------------------------------------------------------------
-
-const pw_core_events PipeWireCapture::Impl::coreEvents = [] {
-    pw_core_events events{};
-    events.version = PW_VERSION_CORE_EVENTS;
-    events.done = [](void* data, uint32_t id, int seq) {
-        auto* self = static_cast<Impl*>(data);
-        if (id == PW_ID_CORE && seq == self->syncSeq) {
-            self->syncDone = true;
-            pw_thread_loop_signal(self->loop.get(), false);
-        }
-    };
-    events.error = [](void* data, uint32_t id, int seq, int res, const char* message) {
-        auto* self = static_cast<Impl*>(data);
-        qCDebug(lcPipeWire) << "server error on" << id << res << message;
-        if (id == PW_ID_CORE && res == -EPIPE) {
-            self->broken = true;
-            self->endCapture("server gone");
-            pw_thread_loop_signal(self->loop.get(), false);
-        }
-    };
-    return events;
-}();
-
-bool PipeWireCapture::Impl::connect() {
-    if (core)
-        return !broken;
-    initPipeWire();
-    loop.reset(pw_thread_loop_new("mirl-capture", nullptr));
-    if (!loop)
-        return false;
-    context.reset(pw_context_new(pw_thread_loop_get_loop(loop.get()), nullptr, 0));
-    if (!context) {
-        disconnect();
-        return false;
-    }
-    if (pw_thread_loop_start(loop.get()) < 0) {
-        disconnect();
-        return false;
-    }
-    LoopLock lock(loop.get());
-    broken = false;
-    core.reset(pw_context_connect(context.get(), nullptr, 0));
-    if (!core) {
-        qCDebug(lcPipeWire) << "no sound server:" << strerror(errno);
-        return false; // disconnect() below, outside the lock
-    }
-    pw_core_add_listener(core.get(), coreListener.get(), &coreEvents, this);
-    return true;
-}
-
-void PipeWireCapture::Impl::disconnect() {
-    if (loop) {
-        LoopLock lock(loop.get());
-        streamListener.remove();
-        stream.reset();
-        watcherListener.remove();
-        watcher.reset();
-        boundClients.clear();
-        coreListener.remove();
-        core.reset();
-    }
-    // The loop thread must be stopped without the lock held, and before its context goes.
-    if (loop)
-        pw_thread_loop_stop(loop.get());
-    context.reset();
-    loop.reset();
-    broken = false;
+void PipeWireCapture::Impl::stopStream() {
+    if (!connection.isOpen())
+        return;
+    LoopLock lock(connection.loop());
+    streamListener.remove();
+    stream.reset();
     targetNode = 0;
     captureID = 0;
 }
 
-// Waits until the server has answered everything asked so far. Lock held by the caller.
-bool PipeWireCapture::Impl::roundtrip() {
-    syncDone = false;
-    syncSeq = pw_core_sync(core.get(), PW_ID_CORE, syncSeq);
-    timespec deadline{};
-    pw_thread_loop_get_time(loop.get(), &deadline, qint64(kRoundtripTimeoutMs) * SPA_NSEC_PER_MSEC);
-    while (!syncDone && !broken) {
-        if (pw_thread_loop_timed_wait_full(loop.get(), &deadline) < 0)
-            return false;
-    }
-    return syncDone;
+void PipeWireCapture::Impl::disconnect() {
+    stopStream();
+    connection.close();
+    nodeBySerial.clear();
 }
-
-// --- discovery ----------------------------------------------------------------------------
-
-const pw_client_events PipeWireCapture::Impl::clientEvents = [] {
-    pw_client_events events{};
-    events.version = PW_VERSION_CLIENT_EVENTS;
-    events.info = [](void* data, const pw_client_info* info) {
-        auto* bound = static_cast<Bound*>(data);
-        if (!info || !info->props)
-            return;
-        // The client's info carries the application's own pid next to the checked one.
-        for (PipeWireObject& object : bound->impl->objects) {
-            if (object.id == bound->id) {
-                const auto props = toHash(info->props);
-                for (auto it = props.begin(); it != props.end(); ++it)
-                    object.props.insert(it.key(), it.value());
-            }
-        }
-    };
-    return events;
-}();
-
-const pw_registry_events PipeWireCapture::Impl::discoveryEvents = [] {
-    pw_registry_events events{};
-    events.version = PW_VERSION_REGISTRY_EVENTS;
-    events.global = [](void* data, uint32_t id, uint32_t permissions, const char* type,
-                       uint32_t version, const spa_dict* props) {
-        auto* self = static_cast<Impl*>(data);
-        if (!type)
-            return;
-        const bool isClient = std::strcmp(type, PW_TYPE_INTERFACE_Client) == 0;
-        const bool isNode = std::strcmp(type, PW_TYPE_INTERFACE_Node) == 0;
-        if (!isClient && !isNode)
-            return;
-        self->objects.push_back({id, QString::fromUtf8(type), toHash(props)});
-        if (isClient) {
-            auto bound = std::make_unique<Bound>();
-            bound->id = id;
-            bound->impl = self;
-            // The registry proxy is the first argument; bind needs it, not the Impl.
-            bound->client.reset(static_cast<pw_client*>(
-                pw_registry_bind(self->discoveryRegistry, id, type, PW_VERSION_CLIENT, 0)));
-            if (bound->client) {
-                pw_client_add_listener(bound->client.get(), bound->listener.get(), &clientEvents,
-                                       bound.get());
-                self->boundClients.push_back(std::move(bound));
-            }
-        }
-    };
-    return events;
-}();
-
-std::vector<PipeWireObject> PipeWireCapture::Impl::listObjects() {
-    objects.clear();
-    boundClients.clear();
-    RegistryPtr registry(pw_core_get_registry(core.get(), PW_VERSION_REGISTRY, 0));
-    if (!registry)
-        return {};
-    Listener listener;
-    discoveryRegistry = registry.get();
-    pw_registry_add_listener(registry.get(), listener.get(), &discoveryEvents, this);
-    // The first answer ends the list of globals; the second the info of the bound clients.
-    const bool complete = roundtrip() && roundtrip();
-    listener.remove();
-    boundClients.clear();
-    discoveryRegistry = nullptr;
-    registry.reset();
-    if (!complete)
-        return {};
-    return std::exchange(objects, {});
-}
-
-// --- the capture stream -------------------------------------------------------------------
 
 void PipeWireCapture::Impl::endCapture(const char* why) {
     if (!stream || ended)
@@ -324,17 +86,6 @@ void PipeWireCapture::Impl::endCapture(const char* why) {
     // The process callback drops every buffer from now on; the owner tears the stream down.
     owner->deliverEnded(captureID);
 }
-
-const pw_registry_events PipeWireCapture::Impl::watcherEvents = [] {
-    pw_registry_events events{};
-    events.version = PW_VERSION_REGISTRY_EVENTS;
-    events.global_remove = [](void* data, uint32_t id) {
-        auto* self = static_cast<Impl*>(data);
-        if (self->targetNode != 0 && id == self->targetNode)
-            self->endCapture("target node removed");
-    };
-    return events;
-}();
 
 const pw_stream_events PipeWireCapture::Impl::streamEvents = [] {
     pw_stream_events events{};
@@ -399,12 +150,10 @@ const pw_stream_events PipeWireCapture::Impl::streamEvents = [] {
 // --- PipeWireCapture ----------------------------------------------------------------------
 
 PipeWireCapture::PipeWireCapture()
-    : d(std::make_unique<Impl>()) {
-    d->owner = this;
-}
+    : d(std::make_unique<Impl>(this)) {}
 
 PipeWireCapture::~PipeWireCapture() {
-    teardown();
+    d->disconnect();
 }
 
 CaptureFormat PipeWireCapture::requestedFormat() {
@@ -414,39 +163,35 @@ CaptureFormat PipeWireCapture::requestedFormat() {
 void PipeWireCapture::removeStale() {
     // A capture stream belongs to this process's connection and dies with it, so the only stale
     // one there can be is one this object still holds.
-    if (d->loop && d->stream) {
-        LoopLock lock(d->loop.get());
-        d->streamListener.remove();
-        d->stream.reset();
-    }
+    d->stopStream();
 }
 
 quint64 PipeWireCapture::audioObject(qint64 pid) {
-    if (!d->connect()) {
+    if (pid <= 0)
+        return 0;
+    if (!d->connection.open()) {
         d->disconnect();
         return 0;
     }
-    std::optional<ProcessStream> found;
-    {
-        LoopLock lock(d->loop.get());
-        found = findProcessStream(d->listObjects(), pid);
-        if (found)
-            d->nodeBySerial.insert(found->serial, found->nodeID);
-    }
-    // With nothing to capture the process keeps no connection to the server.
-    if (!found && !d->stream)
-        d->disconnect();
-    return found ? found->serial : 0;
+    // What the loop thread learnt so far; until its first listing is complete nothing is known,
+    // and the changed handler says when it is.
+    const auto objects = d->connection.objects();
+    const std::optional<ProcessStream> found =
+        objects ? findProcessStream(*objects, pid, &d->facts) : std::nullopt;
+    if (!found)
+        return 0;
+    d->nodeBySerial.insert(found->serial, found->nodeID);
+    return found->serial;
 }
 
 CaptureBackend::StartResult PipeWireCapture::startCapture(quint64 object) {
     if (object == 0)
         return Failure{QStringLiteral("FindStream"), -ENOENT};
-    if (!d->connect()) {
-        d->disconnect();
+    if (!d->connection.open()) {
+        d->connection.close();
         return Failure{QStringLiteral("ConnectServer"), -errno};
     }
-    LoopLock lock(d->loop.get());
+    LoopLock lock(d->connection.loop());
     d->streamListener.remove();
     d->stream.reset();
     d->ended = false;
@@ -454,21 +199,14 @@ CaptureBackend::StartResult PipeWireCapture::startCapture(quint64 object) {
     d->format = {};
     d->targetNode = d->nodeBySerial.value(object, 0);
 
-    // Watch the target: when its node leaves the graph the capture ends, whatever the session
-    // manager does with the stream.
-    d->watcherListener.remove();
-    d->watcher.reset(pw_core_get_registry(d->core.get(), PW_VERSION_REGISTRY, 0));
-    if (d->watcher)
-        pw_registry_add_listener(d->watcher.get(), d->watcherListener.get(), &Impl::watcherEvents,
-                                 d.get());
-
     const QByteArray serial = QByteArray::number(object);
     PropertiesPtr props(pw_properties_new(
-        PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_APP_NAME, "MIRL PRO",
+        PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CATEGORY, "Capture", PW_KEY_MEDIA_NAME, kMediaName,
+        PW_KEY_APP_NAME, PipeWireConnection::appName, PW_KEY_APP_ID, PipeWireConnection::appID,
         PW_KEY_NODE_NAME, "mirl-pro-capture", PW_KEY_NODE_DESCRIPTION, "MIRL PRO Audio",
         PW_KEY_TARGET_OBJECT, serial.constData(), PW_KEY_NODE_DONT_RECONNECT, "true", nullptr));
     // pw_stream_new takes ownership of the properties, also when it fails.
-    d->stream.reset(pw_stream_new(d->core.get(), "MIRL PRO Audio", props.release()));
+    d->stream.reset(pw_stream_new(d->connection.core(), kMediaName, props.release()));
     if (!d->stream)
         return Failure{QStringLiteral("CreateStream"), -errno};
     pw_stream_add_listener(d->stream.get(), d->streamListener.get(), &Impl::streamEvents, d.get());
@@ -498,8 +236,16 @@ CaptureBackend::StartResult PipeWireCapture::startCapture(quint64 object) {
 }
 
 void PipeWireCapture::teardown() {
-    d->disconnect();
-    d->nodeBySerial.clear();
+    d->stopStream();
+    // While captures are wanted the connection stays, so the next lookup needs no new one.
+    if (!d->wanted)
+        d->disconnect();
+}
+
+void PipeWireCapture::setWanted(bool wanted) {
+    d->wanted = wanted;
+    if (!wanted || !d->connection.open())
+        d->disconnect();
 }
 
 bool PipeWireCapture::hasStream() const {

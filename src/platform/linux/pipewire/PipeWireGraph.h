@@ -24,12 +24,35 @@ struct ProcessStream {
     bool operator==(const ProcessStream&) const = default;
 };
 
-// Finds the output stream through which process `pid` plays: a node of class
-// "Stream/Output/Audio" owned by a client of that process. The kernel-checked
-// "pipewire.sec.pid" of the client wins; clients connected through a sound server bridge carry
-// the bridge's pid there, so the application's "application.process.id" is the fallback. Of
-// several streams the newest (highest serial) wins. Objects with broken properties are skipped.
+// What the system knows about processes, for telling which sound clients belong to a player
+// whose sound does not come from the pid the session bus names.
+class ProcessFacts {
+public:
+    virtual ~ProcessFacts() = default;
+    // The parent's pid, or 0 when unknown.
+    virtual qint64 parentOf(qint64 pid) const = 0;
+    // The sandbox the process runs in: its Flatpak app id or its Snap name; empty for none.
+    virtual QString sandboxAppID(qint64 pid) const = 0;
+    // The file name of the process's executable, or empty.
+    virtual QString binaryName(qint64 pid) const = 0;
+};
+
+// Finds the output stream through which the player with pid `pid` plays: a node of class
+// "Stream/Output/Audio" owned by a client of that player. Clients are ranked, and the best rank
+// that owns a stream wins; of several streams of one rank the newest (highest serial):
+//  1. the kernel-checked "pipewire.sec.pid" is the player's pid;
+//  2. the declared "application.process.id" is (clients that come through a sound server bridge
+//     carry the bridge's pid as the checked one);
+//  3. either pid is a descendant of the player (browsers and Electron players play from a child
+//     process), unless the player's pid also started this program (init, the session);
+//  4. the player runs in a sandbox and the client belongs to the same one: its
+//     "pipewire.access.portal.app_id", or the sandbox of either of its pids (a Flatpak player's
+//     bus name may be held through a proxy process, and the sandbox's own pids are not the
+//     host's);
+//  5. the player runs in a sandbox and the client's "application.process.binary" names the
+//     player's executable.
+// Without `facts` only the first two ranks apply. Objects with broken properties are skipped.
 std::optional<ProcessStream> findProcessStream(const std::vector<PipeWireObject>& objects,
-                                               qint64 pid);
+                                               qint64 pid, const ProcessFacts* facts = nullptr);
 
 } // namespace MirlPlayer

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "visualizers/views/SpectrumSource.h"
+
+#include <QPointer>
+#include <QQuickItem>
+
+namespace MirlPlayer {
+
+class GLSpectrumNode;
+
+// A style drawn by an OpenGL render node. Its history moves once per publication of the levels,
+// which is also when it asks for a frame; a change of the look, a tuning value or the size draws
+// the same history again. Under a scene graph without OpenGL (software rendering) it draws
+// nothing and says so once in the log.
+class GpuSpectrumView : public QQuickItem {
+    Q_OBJECT
+    Q_PROPERTY(MirlPlayer::SpectrumSource* source READ source WRITE setSource NOTIFY sourceChanged)
+public:
+    explicit GpuSpectrumView(QQuickItem* parent = nullptr);
+
+    SpectrumSource* source() const { return m_source; }
+    void setSource(SpectrumSource* source);
+
+Q_SIGNALS:
+    void sourceChanged();
+
+protected:
+    // One publication: take in the new data.
+    virtual void advance() = 0;
+    virtual GLSpectrumNode* createNode() = 0;
+    // Hands the history (when `moved`) and this frame's values to the node.
+    virtual void sync(GLSpectrumNode& node, bool moved) = 0;
+
+    QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override;
+    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+
+private:
+    QPointer<SpectrumSource> m_source;
+    QList<QMetaObject::Connection> m_connections;
+    bool m_moved = true;
+};
+
+} // namespace MirlPlayer
