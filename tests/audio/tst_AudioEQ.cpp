@@ -107,6 +107,7 @@ private Q_SLOTS:
         QVERIFY(levels.front() < 0.2f);
         QVERIFY(levels.back() > 0.3f);
         QVERIFY(std::abs(levels[68] - 0.25f) < 0.01f); // the band that holds 1 kHz
+        QVERIFY(AudioEQ::bandLevels(mags.data(), 1024, 0, rate, EQTuning{}).empty());
     }
 
     // ---- frames and emission ----
@@ -244,6 +245,27 @@ private Q_SLOTS:
         rig.clock.set(8.0);
         rig.pushAndTake(block);
         QCOMPARE(rig.statuses.size(), signal ? 1 : 0); // a repeated status is not reported
+    }
+
+    void punchLeavesTheFirstFrameAfterAResetAlone() {
+        EQTuning punchy;
+        punchy.punch = 3.0;
+        Rig withPunch(punchy);
+        Rig plain;
+        const auto quiet = sine(1000, 0.003, 2048);
+        const auto loud = sine(1000, 0.01, 2048);
+        for (Rig* rig : {&withPunch, &plain})
+            rig->clock.set(0.1);
+        QCOMPARE(withPunch.pushAndTake(quiet), plain.pushAndTake(quiet));
+        for (Rig* rig : {&withPunch, &plain})
+            rig->clock.set(0.2);
+        QVERIFY(withPunch.pushAndTake(loud)[68] > plain.pushAndTake(loud)[68]);
+
+        for (Rig* rig : {&withPunch, &plain}) {
+            rig->eq->captureReset();
+            rig->clock.set(0.3);
+        }
+        QCOMPARE(withPunch.pushAndTake(loud), plain.pushAndTake(loud));
     }
 
     void aResetDropsResultsStillInFlight() {

@@ -141,6 +141,18 @@ private Q_SLOTS:
         settle();
     }
 
+    void restingLongerOpensTheCard() {
+        const qint64 since = m_signals.clock.elapsed();
+        pointerTo(756, 52);
+        QTRY_VERIFY_WITH_TIMEOUT(m_signals.sawExpanded(QStringLiteral("1"), since), 2000);
+        const qint64 openedAfter = m_signals.firstExpanded(QStringLiteral("1"), since) - since;
+        qInfo("card opened %lld ms after the pointer arrived", openedAfter);
+        QVERIFY(openedAfter >= 220);
+        QCOMPARE(m_controller->stage(), Stage::open);
+        // Only the card (grown by 6) takes clicks now: x 460..1052, 38 - 6 down from the top.
+        QTRY_COMPARE(m_panel->inputRegion(), QRect(460, 32, 592, 180));
+    }
+
     void onlyTheCardTakesClicks() {
         const int beneath = m_beneath->presses;
         pointerTo(756, 100); // on the card

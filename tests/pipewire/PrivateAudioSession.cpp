@@ -80,6 +80,9 @@ bool PrivateAudioSession::start() {
         m_error = u"scripts/test-env up failed: " + m_error;
         return false;
     }
+    // PipeWire is found through XDG_RUNTIME_DIR alone, so that a test can hide it by moving
+    // that one variable.
+    qunsetenv("PIPEWIRE_RUNTIME_DIR");
     m_dir = qEnvironmentVariable("MIRL_TEST_ENV");
     m_env = QProcessEnvironment::systemEnvironment();
     m_env.remove(QStringLiteral("DISPLAY"));

@@ -272,7 +272,7 @@ private Q_SLOTS:
         schedule = rig.controller->pollSchedule();
         QVERIFY2(schedule.nextInMs <= 50, qPrintable(QString::number(schedule.nextInMs)));
         QTRY_COMPARE_WITH_TIMEOUT(rig.controller->pollSchedule().intervalMs, 1000, 2000);
-        QVERIFY(rig.controller->pollSchedule().nextInMs > 900);
+        QVERIFY(rig.controller->pollSchedule().nextInMs > 100); // not 50 ms
     }
 };
 
