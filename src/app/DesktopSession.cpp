@@ -1,5 +1,7 @@
 #include "app/DesktopSession.h"
 
+#include "app/StatusMenu.h"
+
 #include "audio/AudioCaptureSettings.h"
 #include "core/FocusLog.h"
 #include "core/Preferences.h"
@@ -7,10 +9,13 @@
 #include "panel/host/NotchPanelHost.h"
 #include "playback/MusicController.h"
 #include "playback/PlayerState.h"
+#include "playback/SpotifyPlayRequest.h"
 #include "playback/SpotifyQueue.h"
+#include "spotify/SpotifyLibrary.h"
 #include "visualizers/VizConfig.h"
 
 #include <QCoreApplication>
+#include <QMenu>
 
 namespace MirlPlayer {
 
@@ -24,6 +29,9 @@ DesktopSession::DesktopSession()
     m_busService.registerOn(QDBusConnection::sessionBus());
     connect(&m_busService, &MirlBusService::reopenRequested, &m_delegate,
             &AppDelegate::applicationShouldHandleReopen);
+    // Songs chosen in the program start for real, and Spotify's window is kept back meanwhile.
+    m_playRequests =
+        std::make_unique<SpotifyPlayRequest>(player, SpotifyLibrary::shared(), m_workspace);
     watchActivations();
     // The program's own song queue follows every applied Spotify sample.
     SpotifyQueue::shared().attach(player);
@@ -54,6 +62,7 @@ void DesktopSession::watchActivations() {
                                                       ? QStringLiteral("ACTIVATED")
                                                       : QStringLiteral("UNHIDDEN"),
                                                   app.id, m_workspace.frontmost().id);
+                m_playRequests->focusGuard().noteActivation(event, app);
             });
     });
 }
@@ -85,7 +94,13 @@ void DesktopSession::buildPanel(AppDelegate& app) {
     connect(&theme, &Theme::positionIDChanged, controller,
             &NotchPanelController::themeGeometryChanged);
     connect(&theme, &Theme::showVisualizerChanged, controller,
-            &NotchPanelController::themeGeometryChanged);
+            &NotchPanelController::visualizerToggled);
+    // A right press on the panel pops up the status menu, built afresh each time.
+    m_panel->setContextMenu([this, controller](QPoint at) {
+        m_contextMenu = buildStatusMenu(m_delegate, [controller] { controller->reposition(); });
+        m_contextMenu->popup(at);
+        return true;
+    });
     m_panel->show();
 }
 

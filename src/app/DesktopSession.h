@@ -9,9 +9,12 @@
 #include <QObject>
 #include <memory>
 
+class QMenu;
+
 namespace MirlPlayer {
 
 class NotchPanelHost;
+class SpotifyPlayRequest;
 
 // The program in a Linux desktop session: the players over MPRIS, the delegate with the
 // now-playing model, the program's name on the session bus, the focus log's activation watch over
@@ -36,7 +39,9 @@ private:
     MirlBusService m_busService;
     X11Workspace m_workspace;
     AudioEngineHost m_audio;
+    std::unique_ptr<SpotifyPlayRequest> m_playRequests;
     std::unique_ptr<NotchPanelHost> m_panel;
+    std::unique_ptr<QMenu> m_contextMenu; // the last one popped up from the panel
 };
 
 } // namespace MirlPlayer

@@ -5,6 +5,7 @@
 #include "core/Preferences.h"
 #include "look/LookTypes.h"
 #include "platform/linux/service/MirlBusService.h"
+#include "playback/SpotifyQueue.h"
 #include "visualizers/views/VisualizerTypes.h"
 
 #include <QApplication>
@@ -65,6 +66,7 @@ int main(int argc, char* argv[]) {
 
     seedFactoryPreferences(Preferences::shared(), QStringLiteral(":/DefaultPreferences.plist"));
     registerLookTypes(); // the theme reads the seeded look, so after seeding
+    SpotifyQueue::registerForQml();
 
     DesktopSession session;
     QTimer::singleShot(0, &session, &DesktopSession::launch);

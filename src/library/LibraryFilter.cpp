@@ -4,31 +4,37 @@ namespace MirlPlayer {
 
 namespace {
 
-bool isPlainASCII(const QString& text) {
-    for (QChar c : text)
-        if (c.unicode() >= 0x80)
-            return false;
-    return true;
+// One character, folded: decomposed as far as it goes, marks left out, case folded.
+void appendFolded(QString& out, QChar c) {
+    const char16_t u = c.unicode();
+    if (u < 0x80) {
+        out.append(u >= u'A' && u <= u'Z' ? QChar(u + 32) : c);
+        return;
+    }
+    const QChar::Category category = c.category();
+    if (category == QChar::Mark_NonSpacing || category == QChar::Mark_SpacingCombining ||
+        category == QChar::Mark_Enclosing)
+        return;
+    if (u == 0x00DF || u == 0x1E9E) { // ß and ẞ fold to "ss" only in full case folding
+        out.append(QStringLiteral("ss"));
+        return;
+    }
+    if (c.decompositionTag() != QChar::NoDecomposition && !c.isSurrogate()) {
+        for (QChar part : c.decomposition())
+            appendFolded(out, part);
+        return;
+    }
+    out.append(c.toCaseFolded());
 }
 
 } // namespace
 
 QString LibraryFilter::fold(const QString& text) {
-    // Most names are plain ASCII; they need no decomposition.
-    if (isPlainASCII(text))
-        return text.toLower();
-    const QString decomposed = text.toCaseFolded().normalized(QString::NormalizationForm_KD);
+    // Character by character: most names are plain ASCII and cost a lower-casing only.
     QString out;
-    out.reserve(decomposed.size());
-    for (QChar c : decomposed) {
-        const QChar::Category category = c.category();
-        if (category == QChar::Mark_NonSpacing || category == QChar::Mark_SpacingCombining ||
-            category == QChar::Mark_Enclosing)
-            continue;
-        out.append(c);
-    }
-    // Case folding turns "ß" into "ss" only through the full folding; do it by hand.
-    out.replace(QChar(0x00DF), QStringLiteral("ss"));
+    out.reserve(text.size());
+    for (QChar c : text)
+        appendFolded(out, c);
     return out;
 }
 

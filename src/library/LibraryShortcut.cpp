@@ -1,6 +1,6 @@
 #include "library/LibraryShortcut.h"
 
-#include "library/StoredJSON.h"
+#include "spotify/StoredJSON.h"
 
 #include <QJsonDocument>
 
@@ -47,16 +47,13 @@ QList<LibraryShortcut> load(const QByteArray& stored, const QList<LibraryShortcu
     const QJsonDocument document = QJsonDocument::fromJson(stored);
     for (const QJsonValue& entry : document.array()) {
         LibraryShortcut s;
-        std::optional<QString> image;
         const QJsonObject o = entry.toObject();
         if (!entry.isObject() || !Stored::string(o, u"id", s.id) ||
             !Stored::string(o, u"name", s.name) || !Stored::string(o, u"kind", s.kind) ||
-            !Stored::optionalString(o, u"image", image)) {
+            !Stored::optionalURL(o, u"image", s.image)) {
             list.clear();
             break;
         }
-        if (image)
-            s.image = QUrl(*image);
         list.append(s);
     }
     for (const LibraryShortcut& d : defaults)

@@ -15,10 +15,6 @@ namespace MirlPlayer {
 
 namespace {
 
-QCoro::Task<void> sleepSeconds(double seconds) {
-    co_await QCoro::sleepFor(std::chrono::milliseconds(qint64(seconds * 1000.0)));
-}
-
 QByteArray storedBytes(const Preferences& defaults, const QString& key) {
     return defaults.object(key).toString().toUtf8();
 }
@@ -32,7 +28,7 @@ SpotifyBrowser::SpotifyBrowser(SpotifyLibrary& library, SpotifyMemory& memory,
     , m_memory(memory)
     , m_defaults(defaults)
     , m_clock(clock)
-    , m_sleeper(sleepSeconds) {
+    , m_sleeper(SpotifyMemory::sleepSeconds) {
     m_shortcuts = LibraryShortcuts::load(storedBytes(defaults, LibraryShortcuts::shortcutsKey),
                                          LibraryShortcuts::defaultShortcuts());
     m_recents = LibraryShortcuts::loadHistory(storedBytes(defaults, LibraryShortcuts::historyKey));

@@ -4,6 +4,7 @@
 #include "library/LibraryShortcut.h"
 #include "library/SpotifyItemListModel.h"
 #include "library/SpotifyRoute.h"
+#include "playback/SpotifyPlaybackSelection.h"
 
 #include <QCoro/QCoroTask>
 #include <QMap>
@@ -125,6 +126,9 @@ public:
     Q_INVOKABLE void appear();
     Q_INVOKABLE void disappear();
     Q_INVOKABLE void rememberPosition(const QString& key, const QString& value);
+    Q_INVOKABLE QString scrollPosition(const QString& key) const {
+        return m_scrollPositions.value(key);
+    }
 
     // --- likes ---
     bool isLiked(const SpotifyItem& item);
@@ -133,6 +137,12 @@ public:
     Q_INVOKABLE void setLikedRow(int row, bool wanted);
     void queryLiked(const QList<SpotifyItem>& items, bool assumeLiked);
     void openAlbumOfTrack(const SpotifyItem& track);
+    Q_INVOKABLE void openAlbumOfRow(int row);
+
+    // --- playing ---
+    // The request for a song of the list: its context is the open playlist or album, or the
+    // account's Liked Songs; `following` holds up to 50 songs after it in the list.
+    std::optional<SpotifyPlaybackSelection> selectionFor(const SpotifyItem& item) const;
 
     // --- shortcuts and history ---
     void moveShortcut(const LibraryShortcut& shortcut, const std::optional<QString>& beforeID);

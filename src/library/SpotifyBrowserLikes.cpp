@@ -110,6 +110,11 @@ void SpotifyBrowser::openAlbumOfTrack(const SpotifyItem& track) {
     runOpenAlbum(track);
 }
 
+void SpotifyBrowser::openAlbumOfRow(int row) {
+    if (row >= 0 && row < m_list.count())
+        openAlbumOfTrack(m_list.at(row));
+}
+
 QCoro::Task<void> SpotifyBrowser::runOpenAlbum(SpotifyItem track) {
     QPointer<SpotifyBrowser> self(this);
     try {

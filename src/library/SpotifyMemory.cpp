@@ -6,7 +6,6 @@
 #include "spotify/SpotifyError.h"
 #include "spotify/SpotifyLibrary.h"
 
-#include <QCoro/QCoroSignal>
 #include <QCoro/QCoroTimer>
 #include <QDir>
 #include <QFile>
@@ -18,10 +17,6 @@
 namespace MirlPlayer {
 
 namespace {
-
-QCoro::Task<void> sleepSeconds(double seconds) {
-    co_await QCoro::sleepFor(std::chrono::milliseconds(qint64(seconds * 1000.0)));
-}
 
 QCoro::Task<std::optional<QString>> ownerOf(SpotifyLibrary* library) {
     co_return co_await library->userCollectionURI();
@@ -74,6 +69,10 @@ SpotifyMemory& SpotifyMemory::shared() {
 SpotifyMemory* SpotifyMemory::create(QQmlEngine*, QJSEngine*) {
     QQmlEngine::setObjectOwnership(&shared(), QQmlEngine::CppOwnership);
     return &shared();
+}
+
+QCoro::Task<void> SpotifyMemory::sleepSeconds(double seconds) {
+    co_await QCoro::sleepFor(std::chrono::milliseconds(qint64(seconds * 1000.0)));
 }
 
 QString SpotifyMemory::cachesFolder() {
@@ -194,7 +193,9 @@ void SpotifyMemory::rememberPosition(const QString& key, const QString& value) {
 }
 
 void SpotifyMemory::clearMemory() {
-    m_crawling = false;
+    if (m_work)
+        m_work->finish();
+    m_work.reset();
     ++m_revision;
     m_writeTimer.stop();
     m_livePositions.clear();
@@ -208,7 +209,6 @@ void SpotifyMemory::clearMemory() {
     m_writer->async([file = m_file] { QFile::remove(file); });
     Q_EMIT revisionChanged();
     Q_EMIT dataChanged();
-    Q_EMIT crawlEnded();
 }
 
 void SpotifyMemory::scheduleWrite() {

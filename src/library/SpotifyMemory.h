@@ -4,6 +4,7 @@
 
 #include <QCoro/QCoroTask>
 #include <QObject>
+#include <QPromise>
 #include <QSet>
 #include <QTimer>
 #include <QtQml/qqmlregistration.h>
@@ -56,6 +57,8 @@ public:
     // "MIRL PRO" in the user's cache folder, and the memory file in it.
     static QString cachesFolder();
     static QString defaultFilePath();
+    // A plain timer wait, the sleeper of the shared models.
+    static QCoro::Task<void> sleepSeconds(double seconds);
     // The crawl's owner and pages through the account session.
     static OwnerProvider ownerFrom(SpotifyLibrary& library);
     static PageFetcher pagesFrom(SpotifyLibrary& library);
@@ -101,8 +104,6 @@ Q_SIGNALS:
     void errorChanged();
     void revisionChanged();
     void dataChanged();
-    // The running crawl ended, one way or the other.
-    void crawlEnded();
 
 private:
     QCoro::Task<void> crawl();
@@ -121,7 +122,8 @@ private:
     int m_revision = 0;
     bool m_verified = false;
     QMap<QString, bool> m_membershipChanges;
-    bool m_crawling = false; // the crawl task, `work`
+    // `work`: the running crawl; waiters share its future (one crawl at most).
+    std::shared_ptr<QPromise<void>> m_work;
     QString m_file;
     OwnerProvider m_ownerProvider;
     PageFetcher m_fetchPage;

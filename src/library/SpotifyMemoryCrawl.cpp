@@ -3,7 +3,7 @@
 #include "library/SpotifyMemory.h"
 #include "spotify/SpotifyError.h"
 
-#include <QCoro/QCoroSignal>
+#include <QCoro/QCoroFuture>
 #include <QPointer>
 
 namespace MirlPlayer {
@@ -11,15 +11,19 @@ namespace MirlPlayer {
 QCoro::Task<void> SpotifyMemory::syncSaved() {
     if (m_verified && m_data.complete)
         co_return;
-    if (m_crawling) {
-        co_await qCoro(this, &SpotifyMemory::crawlEnded);
+    if (m_work) {
+        QFuture<void> running = m_work->future();
+        co_await running;
         co_return;
     }
+    auto work = std::make_shared<QPromise<void>>();
+    work->start();
+    m_work = work;
     co_await crawl();
+    work->finish(); // every waiter goes on, after a reset too
 }
 
 QCoro::Task<void> SpotifyMemory::crawl() {
-    m_crawling = true;
     const int revision = m_revision;
     QPointer<SpotifyMemory> self(this);
     setLoading(true);
@@ -80,8 +84,7 @@ void SpotifyMemory::endCrawl(int revision) {
     if (revision != m_revision)
         return;
     setLoading(false);
-    m_crawling = false;
-    Q_EMIT crawlEnded();
+    m_work.reset();
 }
 
 } // namespace MirlPlayer

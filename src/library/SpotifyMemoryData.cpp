@@ -1,8 +1,9 @@
 #include "library/SpotifyMemoryData.h"
 
-#include "library/StoredJSON.h"
+#include "spotify/StoredJSON.h"
 
 #include <QJsonDocument>
+#include <QThreadPool>
 
 namespace MirlPlayer {
 
@@ -90,6 +91,8 @@ std::optional<MemoryArtistEntry> decodeArtist(const QJsonValue& value) {
     return a;
 }
 
+std::optional<MemorySnapshot> decodeSnapshot(const QJsonObject& o);
+
 } // namespace
 
 QByteArray encodeMemory(const MemorySnapshot& s) {
@@ -119,10 +122,19 @@ QByteArray encodeMemory(const MemorySnapshot& s) {
 
 std::optional<MemorySnapshot> decodeMemory(const QByteArray& bytes) {
     QJsonParseError parseError{};
-    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
+    QJsonDocument document = QJsonDocument::fromJson(bytes, &parseError);
     if (parseError.error != QJsonParseError::NoError || !document.isObject())
         return std::nullopt;
-    const QJsonObject o = document.object();
+    std::optional<MemorySnapshot> snapshot = decodeSnapshot(document.object());
+    // Freeing a tree of a few hundred thousand values takes as long as a good part of the parse;
+    // the thread pool does it while the caller goes on.
+    QThreadPool::globalInstance()->start([document = std::move(document)] {});
+    return snapshot;
+}
+
+namespace {
+
+std::optional<MemorySnapshot> decodeSnapshot(const QJsonObject& o) {
     MemorySnapshot s;
     s.savedNext.reset();
     if (!string(o, u"owner", s.owner) || !items(o.value(u"saved"), s.saved) ||
@@ -166,5 +178,7 @@ std::optional<MemorySnapshot> decodeMemory(const QByteArray& bytes) {
     }
     return s;
 }
+
+} // namespace
 
 } // namespace MirlPlayer

@@ -1,6 +1,6 @@
 #include "library/SpotifyRoute.h"
 
-#include "library/StoredJSON.h"
+#include "spotify/StoredJSON.h"
 
 namespace MirlPlayer {
 
@@ -19,15 +19,12 @@ QJsonObject SpotifyRoute::toStored() const {
 
 std::optional<SpotifyRoute> SpotifyRoute::fromStored(const QJsonObject& o) {
     SpotifyRoute route;
-    std::optional<QString> image;
     if (!Stored::string(o, u"title", route.title) || !Stored::string(o, u"path", route.path) ||
         !Stored::optionalString(o, u"wrapper", route.wrapper) ||
         !Stored::optionalString(o, u"uri", route.uri) ||
         !Stored::optionalString(o, u"kind", route.kind) ||
-        !Stored::optionalString(o, u"image", image))
+        !Stored::optionalURL(o, u"image", route.image))
         return std::nullopt;
-    if (image)
-        route.image = QUrl(*image);
     return route;
 }
 

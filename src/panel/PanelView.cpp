@@ -1,5 +1,17 @@
 #include "panel/PanelView.h"
 
+#include "look/PlayerBackdrop.h"
+#include "panel/ArtSlot.h"
+#include "panel/ControlStyleModel.h"
+#include "panel/NowPlayingArtists.h"
+#include "panel/ReflectionView.h"
+#include "panel/SurfaceGeometry.h"
+#include "panel/SurfaceSlots.h"
+#include "panel/TimelineModel.h"
+#include "visualizers/views/VisualizerTypes.h"
+
+#include <QQmlEngine>
+
 #include <cmath>
 
 namespace MirlPlayer {
@@ -39,6 +51,25 @@ QString formatPlayTime(double seconds) {
             .arg(minutes, 2, 10, QChar(u'0'))
             .arg(secs, 2, 10, QChar(u'0'));
     return QStringLiteral("%1:%2").arg(minutes).arg(secs, 2, 10, QChar(u'0'));
+}
+
+void registerSurfaceTypes() {
+    static const bool once = [] {
+        registerVisualizerTypes(); // the surface shows the visualizers
+        const char* uri = "MirlPlayer.Surface";
+        qmlRegisterType<SurfaceSlots>(uri, 1, 0, "SurfaceSlots");
+        qmlRegisterType<TimelineModel>(uri, 1, 0, "TimelineModel");
+        qmlRegisterType<ArtSlot>(uri, 1, 0, "ArtSlot");
+        qmlRegisterType<NowPlayingArtists>(uri, 1, 0, "NowPlayingArtists");
+        qmlRegisterType<ControlStyleModel>(uri, 1, 0, "ControlStyleModel");
+        qmlRegisterType<ReflectionView>(uri, 1, 0, "ReflectionView");
+        qmlRegisterType<PlayerBackdrop>(uri, 1, 0, "BackdropRules");
+        qmlRegisterSingletonType<SurfaceGeometry>(
+            uri, 1, 0, "SurfaceGeometry",
+            [](QQmlEngine*, QJSEngine*) -> QObject* { return new SurfaceGeometry; });
+        return true;
+    }();
+    Q_UNUSED(once);
 }
 
 } // namespace MirlPlayer

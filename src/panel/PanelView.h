@@ -24,4 +24,8 @@ private:
 // not a finite, positive number reads as "0:00".
 QString formatPlayTime(double seconds);
 
+// Makes the surface's C++ view models known to QML under "MirlPlayer.Surface". Call before the
+// surface is loaded; later calls do nothing.
+void registerSurfaceTypes();
+
 } // namespace MirlPlayer

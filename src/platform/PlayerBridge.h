@@ -33,6 +33,11 @@ public:
     // The name to show for the player ("Spotify", "Apple Music", or the player's own name).
     virtual QString displayName(Source source) = 0;
 
+    // Asks the player to play the item at `uri` (for Spotify a "spotify:" URI) and returns once it
+    // answered: false when the player is absent or refused. Blocks; called on the serial queue
+    // "notch.music.play", never on the GUI thread.
+    virtual bool openUri(Source source, const QString& uri) = 0;
+
     // Opening a player on purpose (never done by sampling). GUI thread.
     virtual void openApplication(Source source) = 0;
     virtual void openUrl(const QUrl& url) = 0;

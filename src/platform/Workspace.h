@@ -13,12 +13,19 @@ public:
     struct Application {
         QString id; // a stable identifier, such as "com.spotify.client" or the window class
         qint64 pid = 0;
+        quint64 window = 0; // the window it was seen by, where the desktop has windows
+        bool same(const Application& other) const {
+            return window && other.window ? window == other.window : pid == other.pid;
+        }
     };
 
     virtual ~Workspace() = default;
 
     // The application in front, or an empty id when there is none.
     virtual Application frontmost() = 0;
+    // Brings the application forward again, as a pager or task bar would, so that the window
+    // manager does not refuse it. GUI thread.
+    virtual void activate(const Application& app) = 0;
 
     // Called on the GUI thread when an application is activated or unhidden.
     void setActivationHandler(std::function<void(Event, const Application&)> handler) {

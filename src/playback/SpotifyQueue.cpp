@@ -6,6 +6,7 @@
 #include "spotify/SpotifyError.h"
 
 #include <QCoro/QCoroSignal>
+#include <QQmlEngine>
 
 namespace MirlPlayer {
 
@@ -15,7 +16,8 @@ QCoro::Task<void> resolveInto(std::shared_ptr<QueuePreparation> preparation,
                               SpotifyQueue::Resolver resolver, SpotifyItem item,
                               std::optional<QString> playingURI) {
     try {
-        SpotifyPlaybackSelection selection = co_await resolver(item, playingURI);
+        auto resolving = resolver(item, playingURI);
+        SpotifyPlaybackSelection selection = co_await std::move(resolving);
         if (!preparation->cancelled)
             preparation->selection = selection;
     } catch (...) {
@@ -52,6 +54,10 @@ SpotifyQueue::~SpotifyQueue() {
 SpotifyQueue& SpotifyQueue::shared() {
     static auto* queue = new SpotifyQueue(Clock::system());
     return *queue;
+}
+
+void SpotifyQueue::registerForQml() {
+    qmlRegisterSingletonInstance("MirlPlayer.Playback", 1, 0, "SongQueue", &shared());
 }
 
 SpotifyPlaybackSelection SpotifyQueue::selectionOf(const SpotifyItem& item) {
@@ -187,7 +193,10 @@ QCoro::Task<void> SpotifyQueue::handOff(std::shared_ptr<QueuePreparation> prepar
             controller->setSpotifySelected(true);
             controller->apply(controller->lastSpotify(), controller->lastSampledAt());
         }
-        co_await player->playSpotify(*preparation->selection);
+        // Called before the co_await, not inside it: GCC 12 destroys the temporaries of a
+        // co_await expression twice.
+        auto playing = player->playSpotify(*preparation->selection);
+        co_await std::move(playing);
         if (!self)
             co_return;
         // Removed only once it plays: a failed handoff loses nothing.
@@ -257,6 +266,19 @@ void SpotifyQueue::toggle(const SpotifyItem& item) {
     tracks.append(item);
     setTracks(tracks);
     dropStalePreparation();
+}
+
+void SpotifyQueue::toggleSong(const QVariantMap& row) {
+    SpotifyItem item;
+    item.id = item.uri = row.value(QStringLiteral("uri")).toString();
+    item.name = row.value(QStringLiteral("name")).toString();
+    item.subtitle = row.value(QStringLiteral("subtitle")).toString();
+    item.kind = QStringLiteral("track");
+    item.artistNames = row.value(QStringLiteral("artistNames")).toStringList();
+    if (const QString album = row.value(QStringLiteral("albumURI")).toString(); !album.isEmpty())
+        item.albumURI = album;
+    if (!item.uri.isEmpty())
+        toggle(item);
 }
 
 void SpotifyQueue::remove(const SpotifyItem& item) {

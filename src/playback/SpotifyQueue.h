@@ -61,6 +61,9 @@ public:
     explicit SpotifyQueue(Clock& clock = Clock::system(), QObject* parent = nullptr);
     ~SpotifyQueue() override;
     static SpotifyQueue& shared();
+    // Makes the shared queue the QML singleton `SongQueue` in "MirlPlayer.Playback" 1.0, for the
+    // queue page and the per-song queue buttons. Once, on the GUI thread, before loading QML.
+    static void registerForQml();
 
     // By default a song becomes a request with its own texts and its album as the context.
     void setResolver(Resolver resolver) { m_resolver = std::move(resolver); }
@@ -99,6 +102,9 @@ public:
     // The view's row actions, by position.
     Q_INVOKABLE void removeAt(int index);
     Q_INVOKABLE void moveAt(int index, int offset);
+    // The per-song queue button, given a row of a library list (its "uri", "name", "subtitle",
+    // "albumURI" and "artistNames").
+    Q_INVOKABLE void toggleSong(const QVariantMap& row);
     // The view's "Play next", with the attached player.
     Q_INVOKABLE bool playNext();
 

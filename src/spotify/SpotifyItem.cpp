@@ -1,5 +1,7 @@
 #include "spotify/SpotifyItem.h"
 
+#include "spotify/StoredJSON.h"
+
 #include <QJsonArray>
 
 namespace MirlPlayer {
@@ -204,16 +206,11 @@ QJsonObject SpotifyItem::toStored() const {
 }
 
 std::optional<SpotifyItem> SpotifyItem::fromStored(const QJsonObject& o) {
+    using namespace Stored;
     SpotifyItem item;
-    const auto str = [&](QStringView key, QString& out) {
-        const QJsonValue v = o.value(key);
-        if (!v.isString())
-            return false;
-        out = v.toString();
-        return true;
-    };
-    if (!str(u"id", item.id) || !str(u"name", item.name) || !str(u"subtitle", item.subtitle) ||
-        !str(u"kind", item.kind) || !str(u"uri", item.uri) || !str(u"detail", item.detail))
+    if (!string(o, u"id", item.id) || !string(o, u"name", item.name) ||
+        !string(o, u"subtitle", item.subtitle) || !string(o, u"kind", item.kind) ||
+        !string(o, u"uri", item.uri) || !string(o, u"detail", item.detail))
         return std::nullopt;
     if (!o.value(u"explicit").isBool())
         return std::nullopt;
@@ -224,36 +221,12 @@ std::optional<SpotifyItem> SpotifyItem::fromStored(const QJsonObject& o) {
         return std::nullopt;
     item.artistIDs = *ids;
     item.artistNames = *names;
-
     // Optional keys: absent is fine, present with the wrong type spoils the record.
-    const auto optionalURL = [&](QStringView key, std::optional<QUrl>& out) {
-        const QJsonValue v = o.value(key);
-        if (v.isUndefined() || v.isNull())
-            return true;
-        if (!v.isString())
-            return false;
-        out = QUrl(v.toString());
-        return true;
-    };
-    const auto optionalString = [&](QStringView key, std::optional<QString>& out) {
-        const QJsonValue v = o.value(key);
-        if (v.isUndefined() || v.isNull())
-            return true;
-        if (!v.isString())
-            return false;
-        out = v.toString();
-        return true;
-    };
-    if (!optionalURL(u"image", item.image) || !optionalURL(u"largeImage", item.largeImage) ||
-        !optionalString(u"albumURI", item.albumURI) ||
-        !optionalString(u"albumName", item.albumName))
+    if (!optionalURL(o, u"image", item.image) || !optionalURL(o, u"largeImage", item.largeImage) ||
+        !optionalString(o, u"albumURI", item.albumURI) ||
+        !optionalString(o, u"albumName", item.albumName) ||
+        !optionalInteger(o, u"durationMs", item.durationMs))
         return std::nullopt;
-    const QJsonValue duration = o.value(u"durationMs");
-    if (!duration.isUndefined() && !duration.isNull()) {
-        item.durationMs = integerValue(duration);
-        if (!item.durationMs)
-            return std::nullopt;
-    }
     return item;
 }
 

@@ -45,6 +45,15 @@ struct SpotifyResponse {
     QByteArray data;
 };
 
+// What a Spotify Connect start came to: the API accepted a play command for this computer
+// (*started*); the song was put next in Spotify's queue and needs a skip (*queued*); Connect cannot
+// be used now and nothing was tried (*unavailable*); or it failed with a sentence for the user.
+struct SpotifyPlaybackStart {
+    enum class Outcome { started, queued, unavailable, failed };
+    Outcome outcome = Outcome::unavailable;
+    QString message;
+};
+
 // The account session: the client ID of the user's own Spotify app, the sign-in with PKCE through
 // the browser and a loopback listener, the tokens, and the one request path that every Web API
 // call takes (server pause, shared token refresh, request budget, address check, status words).
@@ -154,6 +163,19 @@ public:
     QCoro::Task<std::optional<QString>> resolveThisMac(std::optional<QString> playingURI);
     // The human-readable name of this machine, compared with Spotify's device names.
     QString machineName() const;
+
+    // --- Spotify Connect ---
+    static inline const QString noDeviceMessage = QStringLiteral(
+        "Spotify on this computer wasn’t found. Open Spotify and play something once.");
+    // Starts `trackURI` on this computer's Spotify: inside its list when that is an album, a
+    // playlist or the collection (else its album), otherwise as the next song of Spotify's queue.
+    // An API success says nothing about what plays; the caller verifies.
+    QCoro::Task<SpotifyPlaybackStart> startPlayback(QString trackURI,
+                                                    std::optional<QString> contextURI,
+                                                    std::optional<QString> album,
+                                                    std::optional<QString> currentTrackURI);
+    // Whether the Web API reports `uri` as the song of this computer's Spotify.
+    QCoro::Task<bool> checkPlayback(QString uri);
 
 Q_SIGNALS:
     void connectedChanged();

@@ -39,6 +39,11 @@ public:
         QMutexLocker lock(&m_mutex);
         m_commands << QStringLiteral("open ") + url.toString();
     }
+    bool openUri(Source source, const QString& uri) override {
+        QMutexLocker lock(&m_mutex);
+        m_commands << sourceRawValue(source) + QStringLiteral(": open ") + uri;
+        return false;
+    }
     void announceChange() { notifyChanged(); }
 
     QStringList commands() {

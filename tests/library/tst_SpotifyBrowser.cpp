@@ -1,6 +1,10 @@
 #include "LibraryWorld.h"
 #include "library/ArtistPageModel.h"
+#include "library/LibraryModule.h"
 #include "library/SpotifyBrowser.h"
+
+#include <QQmlComponent>
+#include <QQmlEngine>
 
 using namespace LibraryTest;
 
@@ -128,6 +132,57 @@ private Q_SLOTS:
         browser.setLiked(page.popular().at(1), false);
         QCOMPARE(names(*page.likedModel()), QStringList({"Fjord Light", "Northern Line"}));
         QVERIFY(QTest::qWaitFor([&] { return memory->data().saved.size() == 4; }));
+    }
+
+    // A clicked song is played inside the list it was clicked in, with the songs after it.
+    void playRequestCarriesItsList_data() {
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<QString>("context");
+        QTest::newRow("a playlist") << "playlist"
+                                    << "spotify:playlist:37i9dQZF1DXcBWIGoYBM5M";
+        QTest::newRow("Liked Songs") << "Liked Songs" << kOwner;
+    }
+    void playRequestCarriesItsList() {
+        QFETCH(QString, list);
+        QFETCH(QString, context);
+        World world;
+        world.route(QStringLiteral("GET /v1/me/tracks"), QStringLiteral("saved_crawl_1.json"));
+        world.route(QStringLiteral("GET /v1/playlists/37i9dQZF1DXcBWIGoYBM5M/items"),
+                    QStringLiteral("playlist_items.json"));
+        auto memory = world.memory();
+        QVERIFY(finish(memory->prepareMemory()));
+        SpotifyBrowser browser(*world.library, *memory, world.prefs, world.clock);
+        if (list == u"playlist")
+            browser.openItem(world.itemsOf(QStringLiteral("playlists.json")).first());
+        else
+            browser.selectTab(list);
+        QVERIFY(QTest::qWaitFor([&] { return browser.list()->count() >= 2; }, 3000));
+        const QList<SpotifyItem> shown = browser.list()->items();
+        const auto selection = browser.selectionFor(shown.first());
+        QVERIFY(selection);
+        QCOMPARE(selection->trackURI, shown.first().uri);
+        QCOMPARE(selection->contextURI, context);
+        QCOMPARE(selection->title, shown.first().name);
+        QStringList following;
+        for (const SpotifyItem& item : shown.mid(1))
+            following.append(item.uri);
+        QCOMPARE(selection->following, following);
+    }
+
+    // The view binds to the shared models through the module.
+    void qmlSeesTheSharedModels() {
+        QQmlEngine engine;
+        useLibraryModule(engine);
+        QQmlComponent component(&engine);
+        component.setData("import QtQml\nimport MirlPlayer.Library\nQtObject {"
+                          " property string tab: SpotifyBrowser.tab;"
+                          " property int rows: SpotifyBrowser.list.count;"
+                          " property bool crawling: SpotifyMemory.loading }",
+                          QUrl());
+        std::unique_ptr<QObject> object(component.create());
+        QVERIFY2(object, qPrintable(component.errorString()));
+        QCOMPARE(object->property("tab").toString(), QStringLiteral("Playlists"));
+        QCOMPARE(object->property("rows").toInt(), 0);
     }
 
     // A failed like is taken back exactly and says why.

@@ -104,7 +104,14 @@ private Q_SLOTS:
         QCOMPARE(world.requestsTo(QStringLiteral("/v1/me/tracks")), 2);
 
         world.clock.advance(31);
+        // Two callers at once share one crawl.
+        auto second = std::make_shared<bool>(false);
+        [](SpotifyMemory* m, std::shared_ptr<bool> done) -> QCoro::Task<void> {
+            co_await m->syncSaved();
+            *done = true;
+        }(memory.get(), second);
         QVERIFY(finish(memory->syncSaved()));
+        QVERIFY(QTest::qWaitFor([&] { return *second; }, 3000));
         QCOMPARE(memory->error(), std::nullopt);
         QVERIFY(memory->complete());
         QCOMPARE(world.requestsTo(QStringLiteral("/v1/me/tracks")), 3);

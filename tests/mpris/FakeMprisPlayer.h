@@ -63,6 +63,11 @@ public:
         QMutexLocker lock(&m_mutex);
         m_identity = identity;
     }
+    // As the Spotify client: OpenUri("spotify:track:ID") makes it play that track from the start.
+    void setOpensUris(bool opens) {
+        QMutexLocker lock(&m_mutex);
+        m_opensUris = opens;
+    }
     void setHanging(bool hanging) {
         QMutexLocker lock(&m_mutex);
         m_hanging = hanging;
@@ -123,6 +128,26 @@ public:
         }
         m_commands.append(message.member() + u'(' + parts.join(QStringLiteral(", ")) + u')');
         connection.send(message.createReply());
+        const QString uri = args.isEmpty() ? QString() : args.constFirst().toString();
+        if (message.member() == u"OpenUri" && m_opensUris && uri.startsWith(u"spotify:track:")) {
+            const QString id = uri.mid(14);
+            m_player[QStringLiteral("Metadata")] = QVariantMap{
+                {QStringLiteral("mpris:trackid"),
+                 QVariant::fromValue(QDBusObjectPath(QStringLiteral("/com/spotify/track/") + id))},
+                {QStringLiteral("xesam:title"), QVariant(QStringLiteral("Song ") + id)},
+                {QStringLiteral("mpris:length"), QVariant(qlonglong(200'000'000))}};
+            m_player[QStringLiteral("PlaybackStatus")] = QStringLiteral("Playing");
+            m_player[QStringLiteral("Position")] = qlonglong(0);
+            QDBusMessage changed =
+                QDBusMessage::createSignal(QStringLiteral("/org/mpris/MediaPlayer2"),
+                                           QStringLiteral("org.freedesktop.DBus.Properties"),
+                                           QStringLiteral("PropertiesChanged"));
+            changed.setArguments(
+                {QStringLiteral("org.mpris.MediaPlayer2.Player"),
+                 QVariantMap{{QStringLiteral("PlaybackStatus"), QStringLiteral("Playing")}},
+                 QStringList()});
+            connection.send(changed);
+        }
         return true;
     }
 
@@ -134,6 +159,7 @@ private:
     QVariantMap m_player;
     QString m_identity = QStringLiteral("Fake Player");
     bool m_hanging = false;
+    bool m_opensUris = false;
     QStringList m_commands;
     int m_messages = 0;
 };

@@ -28,8 +28,11 @@ class FakePointer : public Pointer {
 public:
     QPointF at{10, 10};
     unsigned buttons = 0;
-    QPointF location() override { return at; }
-    unsigned pressedButtons() override { return buttons; }
+    int reads = 0;
+    PointerReading read() override {
+        ++reads;
+        return {at, buttons};
+    }
 };
 
 class FakeWindows : public WindowFacts {

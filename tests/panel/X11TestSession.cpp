@@ -2,6 +2,7 @@
 
 #include <QFile>
 #include <QList>
+#include <QSocketNotifier>
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
@@ -46,29 +47,43 @@ static bool waitFor(const std::function<bool()>& ready) {
 
 X11TestSession::X11TestSession() {
     // Display numbers below the shared ones, so parallel sessions on this machine do not meet.
+    // Two tests may pick the same free number at once; the display is ours only when its lock
+    // file names our own server, otherwise that server has given up and the next number is tried.
+    QByteArray name;
     for (int n = 97; n > 80 && !m_display; --n) {
-        if (!QFile::exists(QStringLiteral("/tmp/.X%1-lock").arg(n)))
+        const QString lock = QStringLiteral("/tmp/.X%1-lock").arg(n);
+        if (QFile::exists(lock))
+            continue;
+        name = ":" + QByteArray::number(n);
+        const pid_t xvfb = spawn({"Xvfb", name, "-screen", "0", "1512x982x24", "+extension", "GLX",
+                                  "-nolisten", "tcp", "-noreset"});
+        if (!xvfb)
+            continue;
+        bool exited = false;
+        const bool ours =
+            waitFor([&] {
+                exited = waitpid(xvfb, nullptr, WNOHANG) == xvfb;
+                if (exited)
+                    return true; // it gave up: the display was taken
+                QFile file(lock);
+                if (!file.open(QIODevice::ReadOnly) || file.readAll().trimmed().toInt() != xvfb)
+                    return false;
+                Display* d = XOpenDisplay(name.constData());
+                if (d)
+                    XCloseDisplay(d);
+                return d != nullptr;
+            }) &&
+            !exited;
+        if (ours) {
             m_display = n;
+            m_xvfb = xvfb;
+        } else if (!exited) {
+            kill(xvfb, SIGTERM);
+            waitpid(xvfb, nullptr, 0);
+        }
     }
     if (!m_display) {
-        m_error = QStringLiteral("no free display number");
-        return;
-    }
-    const QByteArray name = ":" + QByteArray::number(m_display);
-    m_xvfb = spawn({"Xvfb", name, "-screen", "0", "1512x982x24", "+extension", "GLX", "-nolisten",
-                    "tcp", "-noreset"});
-    if (!m_xvfb) {
-        m_error = QStringLiteral("Xvfb did not start");
-        return;
-    }
-    const bool up = waitFor([&] {
-        Display* d = XOpenDisplay(name.constData());
-        if (d)
-            XCloseDisplay(d);
-        return d != nullptr;
-    });
-    if (!up) {
-        m_error = QStringLiteral("Xvfb did not answer");
+        m_error = QStringLiteral("no private X server on any free display number");
         return;
     }
     qputenv("DISPLAY", name);
@@ -151,6 +166,75 @@ ForeignWindow::~ForeignWindow() {
     if (!m_display)
         return;
     XDestroyWindow(m_display, m_window);
+    XSync(m_display, False);
+    XCloseDisplay(m_display);
+}
+
+StandInWindowManager::StandInWindowManager()
+    : m_display(XOpenDisplay(nullptr)) {
+    if (!m_display)
+        return;
+    XSelectInput(m_display, DefaultRootWindow(m_display), SubstructureRedirectMask);
+    XSync(m_display, False);
+    m_notifier =
+        std::make_unique<QSocketNotifier>(ConnectionNumber(m_display), QSocketNotifier::Read);
+    QObject::connect(m_notifier.get(), &QSocketNotifier::activated, [this] { pump(); });
+}
+
+void StandInWindowManager::pump() {
+    const Atom active = XInternAtom(m_display, "_NET_ACTIVE_WINDOW", False);
+    while (XPending(m_display)) {
+        XEvent e;
+        XNextEvent(m_display, &e);
+        if (e.type == MapRequest) {
+            XMapWindow(m_display, e.xmaprequest.window);
+        } else if (e.type == ClientMessage && e.xclient.message_type == active) {
+            sources.append(e.xclient.data.l[0]);
+            const Window w = e.xclient.window;
+            XChangeProperty(m_display, DefaultRootWindow(m_display), active, XA_WINDOW, 32,
+                            PropModeReplace, reinterpret_cast<const unsigned char*>(&w), 1);
+        }
+    }
+    XFlush(m_display);
+}
+
+StandInWindowManager::~StandInWindowManager() {
+    m_notifier.reset();
+    if (m_display)
+        XCloseDisplay(m_display);
+}
+
+RootProperty::RootProperty(const char* name, const QList<QByteArray>& atoms)
+    : m_display(XOpenDisplay(nullptr))
+    , m_name(name) {
+    if (!m_display)
+        return;
+    std::vector<Atom> values;
+    for (const auto& a : atoms)
+        values.push_back(XInternAtom(m_display, a.constData(), False));
+    XChangeProperty(m_display, DefaultRootWindow(m_display), XInternAtom(m_display, name, False),
+                    XA_ATOM, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(values.data()), int(values.size()));
+    XSync(m_display, False);
+}
+
+RootProperty::RootProperty(const char* name, const QList<long>& cardinals)
+    : m_display(XOpenDisplay(nullptr))
+    , m_name(name) {
+    if (!m_display)
+        return;
+    XChangeProperty(m_display, DefaultRootWindow(m_display), XInternAtom(m_display, name, False),
+                    XA_CARDINAL, 32, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(cardinals.data()),
+                    int(cardinals.size()));
+    XSync(m_display, False);
+}
+
+RootProperty::~RootProperty() {
+    if (!m_display)
+        return;
+    XDeleteProperty(m_display, DefaultRootWindow(m_display),
+                    XInternAtom(m_display, m_name.constData(), False));
     XSync(m_display, False);
     XCloseDisplay(m_display);
 }

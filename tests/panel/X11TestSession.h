@@ -1,12 +1,15 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QRect>
 #include <QString>
+#include <memory>
 #include <optional>
 #include <sys/types.h>
 
 struct _XDisplay;
+class QSocketNotifier;
 
 namespace MirlPlayer::Test {
 
@@ -69,6 +72,37 @@ public:
 private:
     ::_XDisplay* m_display = nullptr;
     unsigned long m_window = 0;
+};
+
+// The part of a window manager that activation requests need: a client message
+// _NET_ACTIVE_WINDOW makes its window the active one, and map requests are granted. Events are
+// read whenever the test's event loop runs.
+class StandInWindowManager {
+public:
+    StandInWindowManager();
+    ~StandInWindowManager();
+    // The source indication of each activation request, in order.
+    QList<long> sources;
+
+private:
+    void pump();
+    ::_XDisplay* m_display = nullptr;
+    std::unique_ptr<QSocketNotifier> m_notifier;
+};
+
+// A property on the root window, as a window manager would set it, removed again with its
+// owner. Values are atoms (names) or cardinals.
+class RootProperty {
+public:
+    RootProperty(const char* name, const QList<QByteArray>& atoms);
+    RootProperty(const char* name, const QList<long>& cardinals);
+    ~RootProperty();
+    RootProperty(const RootProperty&) = delete;
+    RootProperty& operator=(const RootProperty&) = delete;
+
+private:
+    ::_XDisplay* m_display = nullptr;
+    QByteArray m_name;
 };
 
 } // namespace MirlPlayer::Test

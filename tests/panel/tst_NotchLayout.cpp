@@ -149,6 +149,14 @@ private Q_SLOTS:
         const Placement p = pillPlacement(Stage(stage), c);
         QCOMPARE(dodgeCorrectedCenterX(p, c, leftEdge), expected);
     }
+
+    void displayRectMeasuresFromTheDesktopsTop() {
+        const ScreenDescription primary = plainScreen(QRectF(0, 0, 1512, 982));
+        const ScreenDescription above = plainScreen(QRectF(0, 982, 1920, 1080));
+        QCOMPARE(displayRect(above, {primary, above}), QRectF(0, 0, 1920, 1080));
+        QCOMPARE(displayRect(primary, {primary, above}), QRectF(0, 1080, 1512, 982));
+        QCOMPARE(displayRect(above, {}), QRectF(0, 0, 1920, 1080));
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_NotchLayout)

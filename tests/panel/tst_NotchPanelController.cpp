@@ -243,8 +243,10 @@ private Q_SLOTS:
         h.pointer.buttons = 1;
         h.panel.pointerDownInPanel = true;
         h.pointer.at = faraway;
+        h.pointer.reads = 0;
         h.run(3);
         QCOMPARE(h.stage(), Stage::open);
+        QCOMPARE(h.pointer.reads, 60); // one reading a tick serves hover, hit region and drag
         QVERIFY(!h.controller->libraryExitSince());
         QVERIFY(!h.panel.ignoresMouse); // the drag keeps the panel receiving the mouse
 

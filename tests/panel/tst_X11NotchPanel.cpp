@@ -3,6 +3,7 @@
 #include "X11TestSession.h"
 #include "panel/logic/NotchPanelController.h"
 #include "platform/linux/x11/X11NotchPanel.h"
+#include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11Screens.h"
 #include "platform/linux/x11/X11WindowFacts.h"
 

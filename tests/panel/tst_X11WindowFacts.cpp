@@ -1,5 +1,6 @@
 // The window list of a real X server, as the placement heuristics read it.
 #include "X11TestSession.h"
+#include "panel/logic/WindowHeuristics.h"
 #include "platform/linux/x11/X11WindowFacts.h"
 
 #include <QGuiApplication>
@@ -7,6 +8,7 @@
 
 using namespace MirlPlayer;
 using MirlPlayer::Test::ForeignWindow;
+using MirlPlayer::Test::RootProperty;
 
 namespace {
 std::optional<WindowRecord> foreign(X11WindowFacts& facts) {
@@ -94,6 +96,47 @@ private Q_SLOTS:
         QVERIFY(list);
         QVERIFY(std::any_of(list->begin(), list->end(),
                             [&](const WindowRecord& r) { return r.pid == facts.ownPid(); }));
+    }
+
+    // The window manager's part is played by hand: it announces full-screen marks, keeps its
+    // bar's rows out of the work area, and the panel window stays mapped beneath a full-screen one.
+    void fullScreenIsWhatTheManagerSays_data() {
+        QTest::addColumn<bool>("topPanel");
+        QTest::addColumn<QByteArray>("state");
+        QTest::addColumn<QRect>("geometry");
+        QTest::addColumn<bool>("barInWorkArea");
+        QTest::addColumn<bool>("hidden");
+        QTest::newRow("full-screen over a top panel that stays mapped")
+            << true << QByteArray("_NET_WM_STATE_FULLSCREEN") << QRect(0, 0, 1512, 982) << false
+            << true;
+        QTest::newRow("maximised below a top panel")
+            << true << QByteArray("_NET_WM_STATE_MAXIMIZED_VERT") << QRect(0, 28, 1512, 954)
+            << false << false;
+        QTest::newRow("maximised under a bar the manager draws")
+            << false << QByteArray("_NET_WM_STATE_MAXIMIZED_VERT") << QRect(0, 32, 1512, 950)
+            << true << false;
+        QTest::newRow("full-screen where the manager draws the bar")
+            << false << QByteArray("_NET_WM_STATE_FULLSCREEN") << QRect(0, 0, 1512, 982) << true
+            << true;
+    }
+    void fullScreenIsWhatTheManagerSays() {
+        QFETCH(bool, topPanel);
+        QFETCH(QByteArray, state);
+        QFETCH(QRect, geometry);
+        QFETCH(bool, barInWorkArea);
+        QFETCH(bool, hidden);
+        RootProperty supported("_NET_SUPPORTED", QList<QByteArray>{"_NET_WM_STATE_FULLSCREEN"});
+        RootProperty area("_NET_WORKAREA", QList<long>{0, barInWorkArea ? 32 : 0, 1512, 950});
+        std::optional<ForeignWindow> panel;
+        if (topPanel)
+            panel.emplace(QRect(0, 0, 1512, 28),
+                          ForeignWindow::Options::ofType("_NET_WM_WINDOW_TYPE_DOCK"));
+        ForeignWindow app(geometry, ForeignWindow::Options::inState(state));
+        X11WindowFacts facts;
+        const auto list = facts.onScreenWindows();
+        QVERIFY(list);
+        QCOMPARE(WindowHeuristics::menuBarHidden(*list, QRectF(0, 0, 1512, 982), facts.ownPid()),
+                 hidden);
     }
 
     void anOverviewCoversTheWholeScreen() {

@@ -5,6 +5,9 @@
 
 #include <QGuiApplication>
 #include <QProcess>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickItem>
 #include <QQuickView>
 #include <QQuickWindow>
 #include <QTest>
@@ -21,6 +24,55 @@ void pointerTo(int x, int y) {
 class tst_NotchPanelHost : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void aRightPressOnTheCardShowsTheContextMenu() {
+        PlayerState player(nullptr);
+        NotchPanelController::Outputs out;
+        out.broadcast = [](const MirlState&) {};
+        pointerTo(100, 900);
+        NotchPanelHost host(player, {}, out);
+        QList<QPoint> menus;
+        host.setContextMenu([&](QPoint at) {
+            menus << at;
+            return true;
+        });
+        QVERIFY(host.show());
+        pointerTo(756, 52);
+        QTRY_VERIFY_WITH_TIMEOUT(host.expanded(), 2000);
+        pointerTo(756, 100);
+        QTest::qWait(150); // the card takes clicks once a tick has seen the pointer on it
+        QProcess::execute(QStringLiteral("xdotool"),
+                          {QStringLiteral("click"), QStringLiteral("3")});
+        QTRY_COMPARE(menus, QList<QPoint>{QPoint(756, 100)});
+    }
+
+    void aPressOnEditableTextAsksForTheKeyboard_data() {
+        QTest::addColumn<QPointF>("at");
+        QTest::addColumn<bool>("editable");
+        QTest::newRow("text input") << QPointF(50, 50) << true;
+        QTest::newRow("read-only text input") << QPointF(150, 50) << false;
+        QTest::newRow("plain text") << QPointF(250, 50) << false;
+        QTest::newRow("a mouse area inside a text area") << QPointF(350, 50) << true;
+        QTest::newRow("nothing") << QPointF(50, 150) << false;
+    }
+    void aPressOnEditableTextAsksForTheKeyboard() {
+        QFETCH(QPointF, at);
+        QFETCH(bool, editable);
+        QQuickView view;
+        QQmlComponent scene(view.engine());
+        scene.setData("import QtQuick\n"
+                      "Item { width: 400; height: 200\n"
+                      "  TextInput { width: 100; height: 100; text: 'a' }\n"
+                      "  TextInput { x: 100; width: 100; height: 100; readOnly: true }\n"
+                      "  Text { x: 200; width: 100; height: 100; text: 't' }\n"
+                      "  TextEdit { x: 300; width: 100; height: 100\n"
+                      "    MouseArea { anchors.fill: parent } } }",
+                      QUrl());
+        std::unique_ptr<QQuickItem> root(qobject_cast<QQuickItem*>(scene.create()));
+        QVERIFY2(root, qPrintable(scene.errorString()));
+        root->setParentItem(view.contentItem());
+        QCOMPARE(NotchPanelHost::editableTextAt(view.contentItem(), at), editable);
+    }
+
     void theViewFollowsTheStagesAndTheirShape() {
         PlayerState player(nullptr);
         NotchPanelController::Inputs in;

@@ -1,39 +1,25 @@
 #include "core/Preferences.h"
 #include "look/Theme.h"
+#include "panel/ArtSlot.h"
+#include "panel/NowPlayingArtists.h"
 #include "panel/PanelView.h"
+#include "panel/StillPanel.h"
+#include "panel/SurfaceSlots.h"
+#include "panel/TimelineModel.h"
 #include "playback/PlayerState.h"
 #include "visualizers/views/VisualizerTypes.h"
 
+#include <QCoro/QCoroSignal>
+#include <QJsonArray>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTimer>
+#include <map>
 
 using namespace MirlPlayer;
-
-// What the surface reads of the panel: its stage and the shape in force.
-class StandInPanel : public QObject {
-    Q_OBJECT
-    Q_PROPERTY(bool expanded MEMBER m_expanded NOTIFY changed)
-    Q_PROPERTY(QRectF pillRect MEMBER m_pill NOTIFY changed)
-    Q_PROPERTY(QRectF cardRect MEMBER m_card NOTIFY changed)
-    Q_PROPERTY(QString artworkSource MEMBER m_art NOTIFY changed)
-    Q_PROPERTY(bool animatesShape READ animatesShape CONSTANT)
-public:
-    bool m_expanded = false;
-    QRectF m_pill{723, 38, 66, 24};
-    QRectF m_card{466, 38, 580, 168};
-    QString m_art;
-    bool animatesShape() const { return true; }
-    Q_INVOKABLE QString formatTime(double seconds) const { return formatPlayTime(seconds); }
-    void setExpanded(bool expanded, QRectF card) {
-        m_expanded = expanded;
-        m_card = card;
-        Q_EMIT changed();
-    }
-Q_SIGNALS:
-    void changed();
-};
 
 class tst_PanelView : public QObject {
     Q_OBJECT
@@ -45,11 +31,12 @@ class tst_PanelView : public QObject {
         Preferences prefs;
         Theme theme{prefs, clock};
         PlayerState player{nullptr};
-        StandInPanel panel;
+        StillPanel panel;
         QQuickView view;
         explicit Surface(const QString& path)
             : prefs(path) {}
         bool load() {
+            registerSurfaceTypes();
             view.setInitialProperties({{"player", QVariant::fromValue(&player)},
                                        {"panel", QVariant::fromValue(&panel)},
                                        {"theme", QVariant::fromValue(&theme)}});
@@ -94,21 +81,129 @@ private Q_SLOTS:
         QCOMPARE(QColor(served.pixel(10, 10)), QColor(Qt::red));
     }
 
+    void slotsInterpolate_data() {
+        QTest::addColumn<double>("p");
+        QTest::addColumn<QRectF>("rect");
+        QTest::newRow("start") << 0.0 << QRectF(10, 20, 40, 40);
+        QTest::newRow("midway") << 0.5 << QRectF(60, 30, 80, 60);
+        QTest::newRow("arrived") << 1.0 << QRectF(110, 40, 120, 80);
+        QTest::newRow("overshoot") << 1.1 << QRectF(120, 42, 128, 84);
+        QTest::newRow("never negative") << -2.0 << QRectF(-190, -20, 0, 0);
+    }
+    void slotsInterpolate() {
+        QFETCH(double, p);
+        QTEST(SurfaceSlots::interpolate({10, 20, 40, 40}, {110, 40, 120, 80}, p), "rect");
+    }
+
+    // The pill's indicator box grows into the card's art square along the spring's path.
+    void thePiecesGlideWithTheShapesSpring() {
+        ManualClock clock;
+        SurfaceSlots places(clock);
+        using A = SurfaceSlots::Arrangement;
+        using S = SurfaceSlots::Slot;
+        const QRectF from = SurfaceSlots::slotRect(A::pill, S::art);
+        const QRectF to = SurfaceSlots::slotRect(A::visualizer, S::art);
+        QCOMPARE(places.art(), from);
+        const double start = clock.now();
+        places.setArrangement(A::visualizer);
+        const Spring spring{0.4, 0.82, 0}; // the size change's spring, at motion speed 1
+        for (double t : {0.05, 0.1, 0.2}) {
+            clock.advance(start + t - clock.now());
+            places.advance();
+            const QRectF expected = SurfaceSlots::interpolate(from, to, spring.progress(t));
+            QVERIFY2(std::abs(places.art().x() - expected.x()) < 1e-9 &&
+                         std::abs(places.art().width() - expected.width()) < 1e-9,
+                     qPrintable(QString::number(t)));
+        }
+        clock.advance(5);
+        places.advance();
+        QCOMPARE(places.art(), to);
+        QVERIFY(!places.moving());
+    }
+
+    void theTimelineShowsTheDragAndSeeksOnRelease_data() {
+        QTest::addColumn<double>("duration");
+        QTest::addColumn<double>("x");
+        QTest::addColumn<double>("shown");
+        QTest::addColumn<double>("after");
+        QTest::newRow("middle") << 200.0 << 25.0 << 0.25 << 50.0;
+        QTest::newRow("past the end") << 200.0 << 150.0 << 1.0 << 200.0;
+        QTest::newRow("before the start") << 200.0 << -20.0 << 0.0 << 0.0;
+        QTest::newRow("no duration: nowhere") << 0.0 << 50.0 << 0.0 << 120.0;
+    }
+    void theTimelineShowsTheDragAndSeeksOnRelease() {
+        QFETCH(double, duration);
+        QFETCH(double, x);
+        PlayerState player(nullptr);
+        player.publishDuration(duration);
+        player.clock()->setPosition(120);
+        TimelineModel timeline;
+        timeline.setPlayer(&player);
+        timeline.drag(x, 100);
+        QTEST(timeline.fraction(), "shown");
+        QCOMPARE(player.clock()->position(), 120.0); // no seek while dragging
+        timeline.release();
+        QTEST(player.clock()->position(), "after");
+        QVERIFY(!timeline.dragging());
+    }
+
+    void theArtOpensTheLibraryOrTheMusicPlayer() {
+        PlayerState player(nullptr);
+        ArtSlot art;
+        art.setPlayer(&player);
+        QSignalSpy library(&art, &ArtSlot::openLibrary);
+        QCOMPARE(art.label(), QStringLiteral("Browse Spotify library"));
+        art.tap();
+        QCOMPARE(library.count(), 1);
+        player.publishSourceName(QStringLiteral("Music"));
+        QCOMPARE(art.label(), QStringLiteral("Open Apple Music")); // at once
+        art.hover(QPointF(10, 10));
+        QVERIFY(!art.hoverPending()); // hover never opens the library for Apple Music
+        art.tap();
+        QCOMPARE(library.count(), 1);
+    }
+
+    void creditsBelongToTheTrackThatAskedForThem() {
+        // Each request waits for a gate of its own; the reply names the artist after the path.
+        std::map<QString, std::unique_ptr<QTimer>> gates;
+        NowPlayingArtists credits(
+            [&](QString path) -> QCoro::Task<QJsonObject> {
+                QTimer* gate = (gates[path] = std::make_unique<QTimer>()).get();
+                gate->setSingleShot(true);
+                co_await qCoro(gate, &QTimer::timeout);
+                const QJsonObject artist{
+                    {"type", "artist"}, {"id", "a"}, {"name", path}, {"uri", "spotify:artist:a"}};
+                co_return QJsonObject{{"artists", QJsonArray{artist}}};
+            },
+            [] { return true; });
+        credits.setTrackURI(QStringLiteral("file:///music/local.flac"));
+        QVERIFY(gates.empty()); // a local file asks nothing
+        credits.setTrackURI(QStringLiteral("spotify:track:first"));
+        credits.setTrackURI(QStringLiteral("spotify:track:second")); // while the first is out
+        QCOMPARE(gates.size(), size_t(2));
+        gates.at("tracks/first")->start(0);
+        QTest::qWait(20);
+        QVERIFY(credits.artists().isEmpty()); // the first track's reply is dropped
+        gates.at("tracks/second")->start(0);
+        QTRY_COMPARE(credits.artists().size(), 1);
+        QCOMPARE(credits.artists().first().name, QStringLiteral("tracks/second"));
+    }
+
     void theCardShowsTheModelAndItsButtonsCommand() {
         Surface s(m_dir.filePath("a.conf"));
         s.theme.setShowVisualizer(false);
         QVERIFY2(s.load(), qPrintable(s.view.errors().value(0).toString()));
         s.player.publishTitle("First Light");
-        s.panel.setExpanded(true, QRectF(632, 38, 248, 336));
+        s.panel.setShape(true, QRectF(632, 38, 248, 336));
         QCOMPARE(s.item("title")->property("text").toString(), QStringLiteral("First Light"));
         QTRY_VERIFY(s.item("title")->isVisible()); // the card fades in
-        QVERIFY(!s.item("visualizer")->isVisible());
+        QTRY_VERIFY(!s.item("visualizer")->isVisible());
 
         // With nothing to command, the button flips at once and nothing else happens.
         QQuickItem* play = s.item("playPauseButton");
         QVERIFY(play);
         QVERIFY(!s.player.isPlaying());
-        QMetaObject::invokeMethod(play, "clicked");
+        QMetaObject::invokeMethod(play, "activate");
         QVERIFY(s.player.isPlaying());
     }
 
@@ -133,7 +228,7 @@ private Q_SLOTS:
         s.theme.setShowVisualizer(true);
         s.theme.setVizID(vizID);
         QVERIFY(s.load());
-        s.panel.setExpanded(true, QRectF(466, 38, 580, 168));
+        s.panel.setShape(true, QRectF(466, 38, 580, 168));
         QQuickItem* visualizer = s.item("visualizer");
         QTRY_VERIFY(visualizer->isVisible()); // the card fades in
         auto* loader = visualizer->findChild<QQuickItem*>("styleLoader");

@@ -1,7 +1,11 @@
+#include "core/Clock.h"
+#include "core/Preferences.h"
+#include "visualizers/views/GpuSpectrumViews.h"
 #include "visualizers/views/RendererMath.h"
 #include "visualizers/views/SpectrumColours.h"
 #include "visualizers/views/SpectrumHistory.h"
 
+#include <QTemporaryDir>
 #include <QTest>
 
 using namespace MirlPlayer;
@@ -63,6 +67,48 @@ private Q_SLOTS:
         QCOMPARE(back.heights(), (std::vector<float>{0, 0, 1, 4, 7, 7}));
     }
 
+    // The 3D styles move one row per publication of the levels; the analyzer only when the
+    // stereo curve is new.
+    void historyMovesWithThePublications_data() {
+        QTest::addColumn<QString>("style");
+        QTest::addColumn<int>("rowsMoved");
+        QTest::newRow("waterfall") << "waterfall" << 3;
+        QTest::newRow("stereo") << "stereo" << 3;
+        QTest::newRow("analyzer") << "stereoAnalyzer" << 1;
+    }
+    void historyMovesWithThePublications() {
+        QFETCH(QString, style);
+        QFETCH(int, rowsMoved);
+        QTemporaryDir dir;
+        Preferences prefs(dir.filePath("prefs.conf"));
+        VizConfig config(prefs);
+        LevelsStore levels;
+        StereoStore stereo;
+        SpectrumSource source;
+        source.setConfig(&config);
+        source.setLevelsStore(&levels);
+        source.setStereoStore(&stereo);
+        std::unique_ptr<GpuSpectrumView> view;
+        if (style == "waterfall")
+            view = std::make_unique<NeonWaterfallView>();
+        else if (style == "stereo")
+            view = std::make_unique<StereoWaterfallView>();
+        else
+            view = std::make_unique<StereoAnalyzerView>();
+        view->setSource(&source);
+        StereoStore::Curve curve;
+        curve.fill(1.0f);
+        stereo.update(curve); // one new curve, then three publications of the levels
+        for (int i = 1; i <= 3; ++i)
+            levels.setLevels(QList<double>(LevelsStore::bandCount, 1.0 - i * 0.01));
+        // Rows that moved in hold something; the rest are still the empty start.
+        const SpectrumHistory& history = view->history();
+        int filled = 0;
+        for (int r = 0; r < history.count(); ++r)
+            filled += history.heights()[std::size_t(r * history.width())] > 0 ? 1 : 0;
+        QCOMPARE(filled, rowsMoved);
+    }
+
     void landscapeSpanFollowsTheAspectWithinItsLimits_data() {
         QTest::addColumn<float>("aspect");
         QTest::addColumn<float>("span");
@@ -92,5 +138,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(tst_SpectrumMath)
+QTEST_MAIN(tst_SpectrumMath)
 #include "tst_SpectrumMath.moc"

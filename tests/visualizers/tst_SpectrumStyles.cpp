@@ -101,6 +101,13 @@ private Q_SLOTS:
         QFETCH(double, contrast);
         const QImage sound = render(vizID, 0.9);
         QVERIFY(!sound.isNull());
+        // Run again under the software scene graph, the 3D styles draw nothing (and nothing
+        // breaks); the flat ones draw as before.
+        const bool threeD = vizID == "waterfall" || vizID.startsWith("stereo");
+        if (threeD && qEnvironmentVariable("QT_QUICK_BACKEND") == "software") {
+            QCOMPARE(brightness(sound, QRectF(0, 0, 1, 1)), 0.0);
+            return;
+        }
         const QImage silence = render(vizID, 0.0);
         const double lit = brightness(sound, loud);
         const QString figures = QStringLiteral("loud %1, quiet %2, silence %3")

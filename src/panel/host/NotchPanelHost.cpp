@@ -1,8 +1,9 @@
 #include "panel/host/NotchPanelHost.h"
 
+#include "look/PlayerBackdrop.h"
 #include "panel/PanelView.h"
+#include "panel/SurfaceGeometry.h"
 #include "playback/PlayerState.h"
-#include "visualizers/views/VisualizerTypes.h"
 
 #include <QLoggingCategory>
 #include <QQmlEngine>
@@ -23,6 +24,10 @@ NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs
         Clock::system(), m_screens, m_pointer, m_windows, std::move(inputs), std::move(outputs));
     m_motion = std::make_unique<PillMotion>(*m_controller->layout());
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::geometryChanged);
+    connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateBlur);
+    connect(&m_theme, &Theme::backgroundStyleIDChanged, this, &NotchPanelHost::updateBlur);
+    connect(m_controller->layout(), &NotchLayout::libraryOpenChanged, this,
+            &NotchPanelHost::libraryOpenChanged);
     connect(m_controller->layout(), &NotchLayout::expandedChanged, this,
             &NotchPanelHost::expandedChanged);
     connect(&m_player, &PlayerState::artworkChanged, this, &NotchPanelHost::updateArtwork);
@@ -43,8 +48,27 @@ QString NotchPanelHost::formatTime(double seconds) {
     return formatPlayTime(seconds);
 }
 
+void NotchPanelHost::openItem(const QVariantMap& item) {
+    Q_UNUSED(item); // the library shows its own header for the item once it opens on it
+    m_controller->setLibraryOpen(true);
+}
+
+void NotchPanelHost::updateBlur() {
+    if (!m_view)
+        return;
+    // Only glass asks for a blur; the region moves with the drawn shape.
+    const PlayerBackground form =
+        PlayerBackdrop::effectiveForm(m_theme.backgroundStyleID(), false, false);
+    const bool glass = form != PlayerBackground::solid && m_blur.available();
+    const double dpr = m_view->devicePixelRatio();
+    const QRectF s = shape();
+    const QRectF px(s.x() * dpr, s.y() * dpr, s.width() * dpr, s.height() * dpr);
+    m_blur.apply(m_view->winId(), glass ? SurfaceGeometry::roundedRegion(px, cornerRadius() * dpr)
+                                        : QVector<QRect>());
+}
+
 bool NotchPanelHost::show() {
-    registerVisualizerTypes();
+    registerSurfaceTypes();
     m_view = std::make_unique<QQuickView>();
     m_artwork = new ArtworkImageProvider;
     m_view->engine()->addImageProvider(QStringLiteral("artwork"), m_artwork);
@@ -66,8 +90,36 @@ bool NotchPanelHost::show() {
         if (QQuickItem* item = m_view->activeFocusItem())
             item->setFocus(false);
     };
+    m_panel->onContextMenu = m_contextMenu;
+    m_panel->editableTextAt = [this](QPointF p) {
+        return editableTextAt(m_view->contentItem(), p);
+    };
     m_controller->start(m_panel.get());
+    updateBlur();
     return true;
+}
+
+void NotchPanelHost::setContextMenu(std::function<bool(QPoint)> menu) {
+    m_contextMenu = std::move(menu);
+    if (m_panel)
+        m_panel->onContextMenu = m_contextMenu;
+}
+
+bool NotchPanelHost::editableTextAt(QQuickItem* content, QPointF point) {
+    if (!content)
+        return false;
+    // Down to the frontmost item under the point, then up again to the first text of any kind.
+    QQuickItem* item = content;
+    QPointF local = content->mapFromScene(point);
+    while (QQuickItem* child = item->childAt(local.x(), local.y())) {
+        local = item->mapToItem(child, local);
+        item = child;
+    }
+    for (; item && item != content; item = item->parentItem()) {
+        if (item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit"))
+            return !item->property("readOnly").toBool();
+    }
+    return false;
 }
 
 void NotchPanelHost::updateArtwork() {

@@ -4,7 +4,9 @@
 #include "panel/logic/NotchPanelController.h"
 #include "panel/logic/PillMotion.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
+#include "platform/linux/x11/X11BlurBehind.h"
 #include "platform/linux/x11/X11NotchPanel.h"
+#include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11Screens.h"
 #include "platform/linux/x11/X11WindowFacts.h"
 
@@ -12,6 +14,7 @@
 #include <QRectF>
 #include <memory>
 
+class QQuickItem;
 class QQuickView;
 
 namespace MirlPlayer {
@@ -28,6 +31,8 @@ class NotchPanelHost : public QObject {
     Q_PROPERTY(bool expanded READ expanded NOTIFY expandedChanged)
     Q_PROPERTY(QRectF pillRect READ shape NOTIFY geometryChanged)
     Q_PROPERTY(QRectF cardRect READ shape NOTIFY geometryChanged)
+    Q_PROPERTY(double cornerRadius READ cornerRadius NOTIFY geometryChanged)
+    Q_PROPERTY(bool libraryOpen READ libraryOpen NOTIFY libraryOpenChanged)
     Q_PROPERTY(QString artworkSource READ artworkSource NOTIFY artworkSourceChanged)
     Q_PROPERTY(MirlPlayer::NotchLayout* layout READ layout CONSTANT)
     // The shape moves with the panel's springs already; the view adds no easing of its own.
@@ -50,16 +55,31 @@ public:
     QRectF shape() const;
     QString artworkSource() const { return m_artworkSource; }
     bool animatesShape() const { return true; }
+    double cornerRadius() const { return m_motion->cornerRadius(); }
+    bool libraryOpen() const { return m_controller->layout()->libraryOpen(); }
 
     Q_INVOKABLE static QString formatTime(double seconds);
+    // An artist or album link in the title block: opens the library on it.
+    Q_INVOKABLE void openItem(const QVariantMap& item);
+    // The art's tap and hover: opens or closes the library through the controller.
+    Q_INVOKABLE void requestLibrary(bool open) { m_controller->setLibraryOpen(open); }
+
+    // Shows the context menu for a right press at a global position; true when one was shown.
+    // Kept across `show`.
+    void setContextMenu(std::function<bool(QPoint)> menu);
+    // Whether an editable text field lies under a point of the view's content (window
+    // coordinates): a text input or text area that is not read-only, or inside one.
+    static bool editableTextAt(QQuickItem* content, QPointF point);
 
 Q_SIGNALS:
     void expandedChanged();
     void geometryChanged();
     void artworkSourceChanged();
+    void libraryOpenChanged();
 
 private:
     void updateArtwork();
+    void updateBlur();
 
     PlayerState& m_player;
     Theme& m_theme;
@@ -71,9 +91,11 @@ private:
     std::unique_ptr<PillMotion> m_motion;
     std::unique_ptr<QQuickView> m_view;
     std::unique_ptr<X11NotchPanel> m_panel;
+    X11BlurBehind m_blur;
     ArtworkImageProvider* m_artwork = nullptr; // owned by the view's engine
     int m_artworkGeneration = 0;
     QString m_artworkSource;
+    std::function<bool(QPoint)> m_contextMenu;
 };
 
 } // namespace MirlPlayer

@@ -5,6 +5,7 @@
 
 #include <QDateTime>
 #include <QLocale>
+#include <QScopeGuard>
 
 namespace MirlPlayer {
 
@@ -78,7 +79,7 @@ Context NotchPanelController::context(const ScreenDescription& screen) const {
 
 void NotchPanelController::start(NotchPanel* panel) {
     m_panel = panel;
-    m_guard->setPointerSource([this] { return m_pointer.location(); });
+    m_guard->setPointerSource([this] { return pointer().location; });
     const auto screen = currentScreen();
     if (screen)
         m_layout.setNotchSize(measureNotch(*screen));
@@ -99,11 +100,15 @@ void NotchPanelController::stop() {
     m_screenDebounce.cancel();
 }
 
+PointerReading NotchPanelController::pointer() {
+    return m_tickPointer ? *m_tickPointer : m_pointer.read();
+}
+
 bool NotchPanelController::pointerDown() {
     if (!m_panel)
         return false;
     // A lost button-up must not leave the press stuck.
-    if (!(m_pointer.pressedButtons() & 1u))
+    if (!(pointer().buttons & 1u))
         m_panel->pointerDownInPanel = false;
     return m_panel->pointerDownInPanel;
 }
@@ -150,7 +155,10 @@ void NotchPanelController::tick() {
     const auto screen = currentScreen();
     if (!screen)
         return;
-    const QPointF p = m_pointer.location();
+    // One reading of the pointer serves the whole pass.
+    m_tickPointer = m_pointer.read();
+    const auto forget = qScopeGuard([this] { m_tickPointer.reset(); });
+    const QPointF p = m_tickPointer->location;
 
     readWindowsIfStale();
 
@@ -345,7 +353,7 @@ void NotchPanelController::placePill(Stage stage, const ScreenDescription& scree
 void NotchPanelController::setLibraryOpen(bool open) {
     if (m_layout.libraryOpen() == open)
         return;
-    m_guard->arm(m_pointer.location());
+    m_guard->arm(pointer().location);
     if (m_layout.onLibraryToggle) {
         m_layout.onLibraryToggle(open);
     } else {
@@ -376,7 +384,7 @@ void NotchPanelController::noteActivity(bool isActive) {
 }
 
 void NotchPanelController::applyHitRegion(const ScreenDescription& screen,
-                                          std::optional<QPointF> pointer) {
+                                          std::optional<QPointF> at) {
     if (!m_panel)
         return;
     if (m_stage != Stage::open) {
@@ -385,7 +393,7 @@ void NotchPanelController::applyHitRegion(const ScreenDescription& screen,
         return;
     }
     const QRectF hit = hitRegion(context(screen));
-    const QPointF p = pointer ? *pointer : m_pointer.location();
+    const QPointF p = at ? *at : pointer().location;
     const bool down = pointerDown();
     m_panel->setIgnoresMouseEvents(!(containsPoint(hit, p) || down));
     const QRectF frame = m_panel->frame();
@@ -418,6 +426,13 @@ void NotchPanelController::reposition() {
     placePill(m_stage, *screen, spring(0.42, 1));
     if (!m_overviewActive && m_panel)
         m_panel->orderFrontRegardless();
+}
+
+void NotchPanelController::visualizerToggled() {
+    const auto screen = currentScreen();
+    if (!screen)
+        return;
+    placePill(m_stage, *screen, spring(0.3, 1));
 }
 
 void NotchPanelController::refreshPlacement() {

@@ -72,12 +72,14 @@ public:
     void placePill(Stage stage, const ScreenDescription& screen, std::optional<Spring> motion);
     Q_INVOKABLE void setLibraryOpen(bool open);
     void noteActivity(bool isActive);
-    void applyHitRegion(const ScreenDescription& screen, std::optional<QPointF> pointer = {});
+    void applyHitRegion(const ScreenDescription& screen, std::optional<QPointF> at = {});
     Q_INVOKABLE void reposition();
     void refreshPlacement();
 
-    // The look's pill position or visualizer choice changed.
+    // The look's pill position changed.
     Q_SLOT void themeGeometryChanged() { reposition(); }
+    // The visualizer was switched on or off: the card changes layout with a spring of its own.
+    Q_SLOT void visualizerToggled();
     // Screen parameters changed or the machine woke: refreshes placement 250 ms after the last.
     void screensChanged() { m_screenDebounce.trigger(); }
     Debouncer& screenDebouncer() { return m_screenDebounce; }
@@ -104,6 +106,8 @@ private:
     double now() const { return m_clock.now(); }
     double motionSpeed() const;
     Spring spring(double response, double damping) const;
+    // The pass's pointer reading inside a tick, else a fresh one.
+    PointerReading pointer();
     bool pointerDown();
     void readWindowsIfStale();
     bool menuBarTest(const ScreenDescription& screen);
@@ -130,6 +134,7 @@ private:
     double m_lastOpen = Clock::distantPast;
     std::optional<double> m_libraryExitSince;
     std::optional<double> m_triggerSince;
+    std::optional<PointerReading> m_tickPointer;
     QTimer m_mouseTimer;
     bool m_fullscreenActive = false;
     bool m_overviewActive = false;

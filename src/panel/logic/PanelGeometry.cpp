@@ -124,10 +124,14 @@ QRectF hitRegion(const Context& c) {
 }
 
 QRectF displayRect(const ScreenDescription& screen, const QList<ScreenDescription>& screens) {
-    const double firstHeight =
-        screens.isEmpty() ? screen.frame.height() : screens.first().frame.height();
+    // Window lists measure down from the top of the whole desktop (the X root window), which is
+    // the top of the highest screen, not the primary's: a laptop below a taller monitor starts
+    // that monitor's height down.
+    double desktopTop = topEdge(screen.frame);
+    for (const auto& s : screens)
+        desktopTop = std::max(desktopTop, topEdge(s.frame));
     const QRectF& f = screen.frame;
-    return {f.x(), firstHeight - topEdge(f), f.width(), f.height()};
+    return {f.x(), desktopTop - topEdge(f), f.width(), f.height()};
 }
 
 } // namespace MirlPlayer::PanelGeometry

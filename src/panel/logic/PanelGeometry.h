@@ -65,7 +65,8 @@ QRectF triggerRect(const Context& context);
 QRectF holdRect(const Context& context);
 QRectF hitRegion(const Context& context);
 
-// The screen's rectangle with a top-left origin, as window lists give theirs.
+// The screen's rectangle as window lists give theirs: top-left origin at the top left of the
+// whole desktop.
 QRectF displayRect(const ScreenDescription& screen, const QList<ScreenDescription>& screens);
 
 } // namespace MirlPlayer::PanelGeometry

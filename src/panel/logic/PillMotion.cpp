@@ -9,45 +9,43 @@ PillMotion::PillMotion(NotchLayout& layout, Clock& clock, QObject* parent)
     m_timer.setInterval(16);
     m_timer.setTimerType(Qt::PreciseTimer);
     connect(&m_timer, &QTimer::timeout, this, &PillMotion::advance);
-    m_to = m_from = m_value = targets();
+    m_to = m_value = targets();
+    for (size_t i = 0; i < m_axes.size(); ++i)
+        m_axes[i].jump(m_value[i]);
     for (auto signal : {&NotchLayout::pillCenterXChanged, &NotchLayout::pillTopChanged,
                         &NotchLayout::pillSizeChanged})
         connect(&layout, signal, this, &PillMotion::retarget);
+    connect(&layout, &NotchLayout::expandedChanged, this, &PillMotion::retarget);
 }
 
-std::array<double, 4> PillMotion::targets() const {
+PillMotion::Values PillMotion::targets() const {
     if (!m_layout)
         return m_to;
     return {m_layout->pillCenterX(), m_layout->pillTop(), m_layout->pillSize().width(),
-            m_layout->pillSize().height()};
+            m_layout->pillSize().height(), m_layout->expanded() ? openRadius : restingRadius};
 }
 
 void PillMotion::retarget() {
-    const auto to = targets();
+    const Values to = targets();
     if (to == m_to)
         return;
+    m_to = to;
     const auto motion = m_layout ? m_layout->motion() : std::nullopt;
+    const double now = m_clock.now();
     if (!motion || motion->response <= 0) {
         // No animation: jump, and stop anything under way.
-        m_from = m_to = m_value = to;
-        m_velocity = {};
+        for (size_t i = 0; i < m_axes.size(); ++i)
+            m_axes[i].jump(to[i]);
         const bool wasMoving = moving();
         m_timer.stop();
+        m_value = to;
         Q_EMIT changed();
         if (wasMoving)
             Q_EMIT movingChanged();
         return;
     }
-    // A new motion starts from wherever the pill is drawn now, at the speed it moves there.
-    advance();
-    const double t = m_clock.now() - m_start;
-    for (size_t i = 0; i < m_value.size(); ++i)
-        m_velocity[i] = (m_to[i] - m_from[i]) * m_spring.progressRate(t) +
-                        m_velocity[i] * m_spring.carryRate(t);
-    m_from = m_value;
-    m_to = to;
-    m_spring = *motion;
-    m_start = m_clock.now();
+    for (size_t i = 0; i < m_axes.size(); ++i)
+        m_axes[i].retarget(to[i], *motion, now);
     if (!moving()) {
         m_timer.start();
         Q_EMIT movingChanged();
@@ -55,16 +53,15 @@ void PillMotion::retarget() {
 }
 
 void PillMotion::advance() {
-    const double t = m_clock.now() - m_start;
-    const double p = m_spring.progress(t);
-    std::array<double, 4> next;
-    for (size_t i = 0; i < next.size(); ++i)
-        next[i] = m_from[i] + (m_to[i] - m_from[i]) * p + m_velocity[i] * m_spring.carry(t);
-    const bool settled = t >= m_spring.settlingTime();
-    if (settled) {
-        next = m_to;
-        m_velocity = {};
+    const double now = m_clock.now();
+    Values next;
+    bool settled = true;
+    for (size_t i = 0; i < m_axes.size(); ++i) {
+        next[i] = m_axes[i].value(now);
+        settled = settled && m_axes[i].settled(now);
     }
+    if (settled)
+        next = m_to;
     if (next != m_value) {
         m_value = next;
         Q_EMIT changed();

@@ -52,7 +52,7 @@ void GLSpectrumNode::bindTarget() {
     m_gl->glBindFramebuffer(GL_FRAMEBUFFER, GLuint(m_targetFramebuffer));
     m_gl->glViewport(m_viewport.x(), m_viewport.y(), m_viewport.width(), m_viewport.height());
     m_gl->glEnable(GL_SCISSOR_TEST);
-    m_gl->glScissor(m_viewport.x(), m_viewport.y(), m_viewport.width(), m_viewport.height());
+    m_gl->glScissor(m_scissor.x(), m_scissor.y(), m_scissor.width(), m_scissor.height());
 }
 
 void GLSpectrumNode::render(const RenderState* state) {
@@ -75,7 +75,9 @@ void GLSpectrumNode::render(const RenderState* state) {
     // Framebuffer rows count from the bottom.
     m_viewport = QRect(m_place.x(), m_targetSize.height() - m_place.bottom() - 1, m_place.width(),
                        m_place.height());
-    if (m_viewport.width() <= 0 || m_viewport.height() <= 0)
+    // A clipping ancestor (the card while it grows) clips the style too.
+    m_scissor = state->scissorEnabled() ? m_viewport & state->scissorRect() : m_viewport;
+    if (m_viewport.isEmpty() || m_scissor.isEmpty())
         return;
     GLint framebuffer = 0, vertexArray = 0;
     m_gl->glGetIntegerv(GL_DRAW_FRAMEBUFFER_BINDING, &framebuffer);

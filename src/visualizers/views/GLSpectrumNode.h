@@ -58,6 +58,7 @@ private:
     QOpenGLFunctions_3_3_Core* m_gl = nullptr;
     QRectF m_rect;
     QRect m_viewport;
+    QRect m_scissor;
     QRect m_place;
     QSize m_targetSize;
     int m_targetFramebuffer = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "visualizers/views/SpectrumHistory.h"
 #include "visualizers/views/SpectrumSource.h"
 
 #include <QPointer>
@@ -21,6 +22,8 @@ public:
 
     SpectrumSource* source() const { return m_source; }
     void setSource(SpectrumSource* source);
+    // What the next frame draws.
+    virtual const SpectrumHistory& history() const = 0;
 
 Q_SIGNALS:
     void sourceChanged();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "visualizers/views/GpuSpectrumView.h"
-#include "visualizers/views/SpectrumHistory.h"
 
 #include <QtGlobal>
 
@@ -12,6 +11,7 @@ class NeonWaterfallView : public GpuSpectrumView {
     Q_OBJECT
 public:
     explicit NeonWaterfallView(QQuickItem* parent = nullptr);
+    const SpectrumHistory& history() const override { return m_history; }
 
 protected:
     void advance() override;
@@ -27,6 +27,7 @@ class StereoWaterfallView : public GpuSpectrumView {
     Q_OBJECT
 public:
     explicit StereoWaterfallView(QQuickItem* parent = nullptr);
+    const SpectrumHistory& history() const override { return m_history; }
 
 protected:
     void advance() override;
@@ -43,6 +44,7 @@ class StereoAnalyzerView : public GpuSpectrumView {
     Q_OBJECT
 public:
     explicit StereoAnalyzerView(QQuickItem* parent = nullptr);
+    const SpectrumHistory& history() const override { return m_history; }
 
 protected:
     void advance() override;

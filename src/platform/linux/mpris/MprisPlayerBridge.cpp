@@ -226,6 +226,14 @@ void MprisPlayerBridge::openUrl(const QUrl& url) {
     QDesktopServices::openUrl(url);
 }
 
+bool MprisPlayerBridge::openUri(Source source, const QString& uri) {
+    const QString service = serviceFor(source);
+    if (service.isEmpty())
+        return false;
+    return call(service, mprisPath, playerInterface, QStringLiteral("OpenUri"), {uri}).type() ==
+           QDBusMessage::ReplyMessage;
+}
+
 void MprisPlayerBridge::onNameOwnerChanged(const QString& name, const QString& oldOwner,
                                            const QString& newOwner) {
     if (!name.startsWith(Mpris::namePrefix))

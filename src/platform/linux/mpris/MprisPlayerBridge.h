@@ -48,6 +48,7 @@ public:
     QString displayName(Source source) override;
     void openApplication(Source source) override;
     void openUrl(const QUrl& url) override;
+    bool openUri(Source source, const QString& uri) override;
 
     // The bus name that plays the part now, empty when none does.
     QString serviceFor(Source source) const;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/NotchPanel.h"
-#include "platform/linux/x11/X11Workspace.h"
+#include "platform/linux/x11/X11InputRegion.h"
 
 #include <QObject>
 #include <QPointer>

@@ -4,9 +4,6 @@
 #include <QGuiApplication>
 #include <QScreen>
 
-// Xlib last: its macros must not reach Qt's headers.
-#include <X11/Xlib.h>
-
 namespace MirlPlayer {
 
 ScreenFlip ScreenFlip::current() {
@@ -76,33 +73,6 @@ std::optional<ScreenDescription> QtScreenInfo::mainScreen() {
     if (!primary)
         return std::nullopt;
     return describe(primary, ScreenFlip::current());
-}
-
-X11Pointer::X11Pointer()
-    : m_display(X11::openDisplay()) {}
-
-void X11Pointer::query() {
-    if (!m_display)
-        return;
-    Display* d = m_display.get();
-    Window root = 0, child = 0;
-    int rootX = 0, rootY = 0, winX = 0, winY = 0;
-    unsigned int mask = 0;
-    if (!XQueryPointer(d, DefaultRootWindow(d), &root, &child, &rootX, &rootY, &winX, &winY, &mask))
-        return; // the pointer is on another screen of the display: keep the last reading
-    const double ratio = ScreenFlip::pixelRatio();
-    m_last = ScreenFlip::current().toBottomLeft(QPointF(rootX / ratio, rootY / ratio));
-    m_buttons = ((mask & Button1Mask) ? 1u : 0u) | ((mask & Button3Mask) ? 2u : 0u);
-}
-
-QPointF X11Pointer::location() {
-    query();
-    return m_last;
-}
-
-unsigned X11Pointer::pressedButtons() {
-    query();
-    return m_buttons;
 }
 
 } // namespace MirlPlayer

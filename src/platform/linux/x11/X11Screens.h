@@ -1,8 +1,6 @@
 #pragma once
 
-#include "platform/Pointer.h"
 #include "platform/ScreenInfo.h"
-#include "platform/linux/x11/X11Handles.h"
 
 #include <QObject>
 
@@ -42,20 +40,6 @@ private Q_SLOTS:
 private:
     void watch(QScreen* screen);
     static ScreenDescription describe(QScreen* screen, const ScreenFlip& flip);
-};
-
-// The global pointer from XQueryPointer on the root window, with the button state.
-class X11Pointer : public Pointer {
-public:
-    X11Pointer();
-    QPointF location() override;
-    unsigned pressedButtons() override;
-
-private:
-    void query();
-    X11::DisplayHandle m_display;
-    QPointF m_last;
-    unsigned m_buttons = 0;
 };
 
 } // namespace MirlPlayer

@@ -1,98 +1,35 @@
 #include "platform/linux/x11/X11WindowFacts.h"
 
+#include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11Screens.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
+#include <QScreen>
 #include <algorithm>
-#include <cstdlib>
-#include <cstring>
-#include <vector>
 
 #include <xcb/xcb.h>
 
 namespace MirlPlayer {
 
-namespace {
+using namespace X11;
 
-struct FreeReply {
-    void operator()(void* p) const { std::free(p); }
-};
-template <typename T> using Reply = std::unique_ptr<T, FreeReply>;
-
-// The 32-bit values of a property reply of the given type, or nothing.
-std::optional<std::vector<quint32>> values32(const xcb_get_property_reply_t* r, quint32 type) {
-    if (!r || r->type != type || r->format != 32)
-        return std::nullopt;
-    const auto* v = static_cast<const quint32*>(xcb_get_property_value(r));
-    return std::vector<quint32>(v, v + xcb_get_property_value_length(r) / 4);
-}
-
-std::optional<quint32> first32(const xcb_get_property_reply_t* r, quint32 type) {
-    auto v = values32(r, type);
-    if (!v || v->empty())
-        return std::nullopt;
-    return v->front();
-}
-
-xcb_get_property_cookie_t askProperty(xcb_connection_t* c, quint32 window, quint32 property,
-                                      quint32 type) {
-    return xcb_get_property(c, 0, window, property, type, 0, 256);
-}
-
-} // namespace
-
-void X11WindowFacts::Disconnect::operator()(xcb_connection_t* c) const {
-    xcb_disconnect(c);
-}
-
-X11WindowFacts::X11WindowFacts() {
-    int screen = 0;
-    xcb_connection_t* c = xcb_connect(nullptr, &screen);
-    if (xcb_connection_has_error(c)) {
-        xcb_disconnect(c);
-        return;
-    }
-    m_connection.reset(c);
-    auto it = xcb_setup_roots_iterator(xcb_get_setup(c));
-    for (int i = 0; i < screen && it.rem; ++i)
-        xcb_screen_next(&it);
-    m_root = it.data->root;
-
-    static const char* const names[atomCount] = {"WM_STATE",
-                                                 "WM_CLASS",
-                                                 "_NET_WM_PID",
-                                                 "_NET_WM_WINDOW_TYPE",
-                                                 "_NET_WM_STATE",
-                                                 "_NET_WM_STATE_HIDDEN",
-                                                 "_NET_WM_WINDOW_OPACITY",
-                                                 "_NET_WM_WINDOW_TYPE_DESKTOP",
-                                                 "_NET_WM_WINDOW_TYPE_DOCK",
-                                                 "_NET_WM_WINDOW_TYPE_NOTIFICATION",
-                                                 "_NET_WM_WINDOW_TYPE_POPUP_MENU",
-                                                 "_NET_WM_WINDOW_TYPE_DROPDOWN_MENU",
-                                                 "_NET_WM_WINDOW_TYPE_COMBO",
-                                                 "_NET_WM_WINDOW_TYPE_TOOLTIP",
-                                                 "_NET_WM_WINDOW_TYPE_DND"};
-    xcb_intern_atom_cookie_t cookies[atomCount];
-    for (int i = 0; i < atomCount; ++i)
-        cookies[i] = xcb_intern_atom(c, 0, uint16_t(std::strlen(names[i])), names[i]);
-    for (int i = 0; i < atomCount; ++i) {
-        Reply<xcb_intern_atom_reply_t> r(xcb_intern_atom_reply(c, cookies[i], nullptr));
-        m_atoms[i] = r ? r->atom : 0;
-    }
-}
-
+X11WindowFacts::X11WindowFacts() = default;
 X11WindowFacts::~X11WindowFacts() = default;
+
+bool X11WindowFacts::connected() const {
+    return X11::connection() != nullptr;
+}
 
 qint64 X11WindowFacts::ownPid() const {
     return QCoreApplication::applicationPid();
 }
 
 quint32 X11WindowFacts::findClient(quint32 window, int depth) {
-    xcb_connection_t* c = m_connection.get();
-    Reply<xcb_get_property_reply_t> state(xcb_get_property_reply(
-        c, askProperty(c, window, m_atoms[WM_STATE], m_atoms[WM_STATE]), nullptr));
-    if (state && state->type == m_atoms[WM_STATE])
+    xcb_connection_t* c = connection();
+    const quint32 wmState = atom("WM_STATE");
+    PropertyReply state = reply(askProperty(window, wmState, wmState));
+    if (state && state->type == wmState)
         return window;
     if (depth == 0)
         return 0;
@@ -111,42 +48,87 @@ X11WindowFacts::Facts X11WindowFacts::factsFor(quint32 topLevel) {
     auto it = m_facts.constFind(topLevel);
     if (it != m_facts.constEnd())
         return *it;
-    xcb_connection_t* c = m_connection.get();
     Facts f;
     // A window manager reparents clients into frames; without one the top level is the client.
     f.client = findClient(topLevel, 2);
     if (!f.client)
         f.client = topLevel;
-    const auto classCookie = askProperty(c, f.client, m_atoms[WM_CLASS], XCB_ATOM_STRING);
-    const auto pidCookie = askProperty(c, f.client, m_atoms[NET_WM_PID], XCB_ATOM_CARDINAL);
-    const auto typeCookie = askProperty(c, f.client, m_atoms[NET_WM_WINDOW_TYPE], XCB_ATOM_ATOM);
-    Reply<xcb_get_property_reply_t> cls(xcb_get_property_reply(c, classCookie, nullptr));
-    Reply<xcb_get_property_reply_t> pid(xcb_get_property_reply(c, pidCookie, nullptr));
-    Reply<xcb_get_property_reply_t> type(xcb_get_property_reply(c, typeCookie, nullptr));
-    if (cls && cls->type == XCB_ATOM_STRING && cls->format == 8) {
-        // "instance\0class\0": the class is the second string.
-        const char* data = static_cast<const char*>(xcb_get_property_value(cls.get()));
-        const int len = xcb_get_property_value_length(cls.get());
-        const QByteArray raw(data, len);
-        const QList<QByteArray> parts = raw.split('\0');
-        if (parts.size() >= 2 && !parts[1].isEmpty())
-            f.owner = QString::fromLocal8Bit(parts[1]);
-    }
-    if (const auto p = first32(pid.get(), XCB_ATOM_CARDINAL))
+    const unsigned classCookie = askProperty(f.client, atom("WM_CLASS"), XCB_ATOM_STRING);
+    const unsigned pidCookie = askProperty(f.client, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL);
+    const unsigned typeCookie = askProperty(f.client, atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM);
+    if (const auto cls = wmClass(reply(classCookie).get()))
+        f.owner = QString::fromLocal8Bit(*cls);
+    if (const auto p = first32(reply(pidCookie).get(), XCB_ATOM_CARDINAL))
         f.pid = qint64(*p);
-    if (const auto t = first32(type.get(), XCB_ATOM_ATOM))
-        f.type = *t;
+    if (const auto t = first32(reply(typeCookie).get(), XCB_ATOM_ATOM)) {
+        f.typed = true;
+        using Kind = X11Window::Kind;
+        if (*t == atom("_NET_WM_WINDOW_TYPE_DESKTOP"))
+            f.kind = Kind::desktop;
+        else if (*t == atom("_NET_WM_WINDOW_TYPE_DOCK"))
+            f.kind = Kind::dock;
+        else if (*t == atom("_NET_WM_WINDOW_TYPE_NOTIFICATION"))
+            f.kind = Kind::notification;
+        else if (*t == atom("_NET_WM_WINDOW_TYPE_POPUP_MENU") ||
+                 *t == atom("_NET_WM_WINDOW_TYPE_DROPDOWN_MENU") ||
+                 *t == atom("_NET_WM_WINDOW_TYPE_COMBO") ||
+                 *t == atom("_NET_WM_WINDOW_TYPE_TOOLTIP") || *t == atom("_NET_WM_WINDOW_TYPE_DND"))
+            f.kind = Kind::menu;
+    }
     m_facts.insert(topLevel, f);
     return f;
 }
 
-std::optional<WindowList> X11WindowFacts::onScreenWindows() {
-    if (!m_connection || xcb_connection_has_error(m_connection.get()))
-        return std::nullopt;
-    xcb_connection_t* c = m_connection.get();
+X11Desktop X11WindowFacts::readDesktop(const QRect& root) {
+    const quint32 rootWin = rootWindow();
+    const unsigned supportedCookie =
+        askProperty(rootWin, atom("_NET_SUPPORTED"), XCB_ATOM_ATOM, 4096);
+    const unsigned checkCookie =
+        askProperty(rootWin, atom("_NET_SUPPORTING_WM_CHECK"), XCB_ATOM_WINDOW);
+    const unsigned areaCookie =
+        askProperty(rootWin, atom("_NET_WORKAREA"), XCB_ATOM_CARDINAL, 4096);
+    const unsigned desktopCookie =
+        askProperty(rootWin, atom("_NET_CURRENT_DESKTOP"), XCB_ATOM_CARDINAL);
 
-    const auto rootGeometryCookie = xcb_get_geometry(c, m_root);
-    Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(c, xcb_query_tree(c, m_root), nullptr));
+    X11Desktop d;
+    d.root = root;
+    d.pixelRatio = ScreenFlip::pixelRatio();
+    // QScreen keeps each screen's top left in the server's pixels and scales only the size.
+    for (const QScreen* s : QGuiApplication::screens()) {
+        const QRect g = s->geometry();
+        d.screens.append(QRect(g.topLeft(), (QSizeF(g.size()) * s->devicePixelRatio()).toSize()));
+    }
+    if (d.screens.isEmpty())
+        d.screens.append(root);
+    if (const auto supported = values32(reply(supportedCookie).get(), XCB_ATOM_ATOM)) {
+        d.fullScreenKnown = std::find(supported->begin(), supported->end(),
+                                      atom("_NET_WM_STATE_FULLSCREEN")) != supported->end();
+    }
+    const PropertyReply area = reply(areaCookie);
+    const auto current = first32(reply(desktopCookie).get(), XCB_ATOM_CARDINAL).value_or(0);
+    if (const auto v = values32(area.get(), XCB_ATOM_CARDINAL); v && v->size() >= 4 * (current + 1))
+        d.workArea = QRect(int((*v)[4 * current]), int((*v)[4 * current + 1]),
+                           int((*v)[4 * current + 2]), int((*v)[4 * current + 3]));
+    if (const auto wm = first32(reply(checkCookie).get(), XCB_ATOM_WINDOW)) {
+        const PropertyReply name =
+            reply(askProperty(*wm, atom("_NET_WM_NAME"), atom("UTF8_STRING")));
+        if (name && name->format == 8)
+            d.managerName =
+                QString::fromUtf8(static_cast<const char*>(xcb_get_property_value(name.get())),
+                                  xcb_get_property_value_length(name.get()));
+    }
+    d.overview = m_overview && m_overview();
+    return d;
+}
+
+std::optional<WindowList> X11WindowFacts::onScreenWindows() {
+    xcb_connection_t* c = connection();
+    if (!c)
+        return std::nullopt;
+    const quint32 root = rootWindow();
+
+    const auto rootGeometryCookie = xcb_get_geometry(c, root);
+    Reply<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(c, xcb_query_tree(c, root), nullptr));
     Reply<xcb_get_geometry_reply_t> rootGeometry(
         xcb_get_geometry_reply(c, rootGeometryCookie, nullptr));
     if (!tree || !rootGeometry)
@@ -161,12 +143,8 @@ std::optional<WindowList> X11WindowFacts::onScreenWindows() {
         attrCookies[i] = xcb_get_window_attributes(c, children[i]);
         geomCookies[i] = xcb_get_geometry(c, children[i]);
     }
-    struct Shown {
-        quint32 window;
-        bool overrideRedirect;
-        Reply<xcb_get_geometry_reply_t> geometry;
-    };
-    std::vector<Shown> shown;
+    std::vector<X11Window> stack;
+    std::vector<quint32> windows;
     for (int i = 0; i < n; ++i) {
         Reply<xcb_get_window_attributes_reply_t> a(
             xcb_get_window_attributes_reply(c, attrCookies[i], nullptr));
@@ -174,78 +152,54 @@ std::optional<WindowList> X11WindowFacts::onScreenWindows() {
         if (!a || !g || a->map_state != XCB_MAP_STATE_VIEWABLE ||
             a->_class == XCB_WINDOW_CLASS_INPUT_ONLY)
             continue;
-        shown.push_back({children[i], bool(a->override_redirect), std::move(g)});
+        X11Window w;
+        const int border = g->border_width;
+        w.geometry = QRect(g->x, g->y, g->width + 2 * border, g->height + 2 * border);
+        w.overrideRedirect = a->override_redirect;
+        stack.push_back(w);
+        windows.push_back(children[i]);
     }
 
     // Then one round for the properties that may change while a window is shown.
     QHash<quint32, Facts> alive;
-    std::vector<Facts> facts;
-    std::vector<xcb_get_property_cookie_t> stateCookies, opacityCookies;
-    for (const auto& s : shown) {
-        const Facts f = factsFor(s.window);
-        alive.insert(s.window, f);
-        facts.push_back(f);
-        stateCookies.push_back(askProperty(c, f.client, m_atoms[NET_WM_STATE], XCB_ATOM_ATOM));
+    std::vector<unsigned> stateCookies, opacityCookies, strutCookies;
+    for (size_t i = 0; i < stack.size(); ++i) {
+        const Facts f = factsFor(windows[i]);
+        alive.insert(windows[i], f);
+        X11Window& w = stack[i];
+        w.owner = f.owner;
+        w.pid = f.pid;
+        w.kind = !f.typed && w.overrideRedirect ? X11Window::Kind::menu : f.kind;
+        stateCookies.push_back(askProperty(f.client, atom("_NET_WM_STATE"), XCB_ATOM_ATOM));
         opacityCookies.push_back(
-            askProperty(c, f.client, m_atoms[NET_WM_WINDOW_OPACITY], XCB_ATOM_CARDINAL));
+            askProperty(f.client, atom("_NET_WM_WINDOW_OPACITY"), XCB_ATOM_CARDINAL));
+        strutCookies.push_back(
+            w.kind == X11Window::Kind::dock
+                ? askProperty(f.client, atom("_NET_WM_STRUT_PARTIAL"), XCB_ATOM_CARDINAL)
+                : 0);
     }
-
-    // The heuristics work in points, as the screens do.
-    const double ratio = ScreenFlip::pixelRatio();
-    WindowList list;
-    for (size_t i = 0; i < shown.size(); ++i) {
-        Reply<xcb_get_property_reply_t> state(xcb_get_property_reply(c, stateCookies[i], nullptr));
-        Reply<xcb_get_property_reply_t> opacity(
-            xcb_get_property_reply(c, opacityCookies[i], nullptr));
-        const Facts& f = facts[i];
-        if (f.type == m_atoms[TYPE_DESKTOP])
-            continue;
-        // A full-screen window needs no flag: its bounds tell, as the heuristics expect.
-        if (const auto states = values32(state.get(), XCB_ATOM_ATOM)) {
-            if (std::find(states->begin(), states->end(), m_atoms[NET_WM_STATE_HIDDEN]) !=
-                states->end())
-                continue;
+    const X11Desktop desktop = readDesktop(QRect(0, 0, rootGeometry->width, rootGeometry->height));
+    for (size_t i = 0; i < stack.size(); ++i) {
+        X11Window& w = stack[i];
+        if (const auto states = values32(reply(stateCookies[i]).get(), XCB_ATOM_ATOM)) {
+            auto has = [&](const char* name) {
+                return std::find(states->begin(), states->end(), atom(name)) != states->end();
+            };
+            w.hidden = has("_NET_WM_STATE_HIDDEN");
+            w.fullScreen = has("_NET_WM_STATE_FULLSCREEN");
         }
-        const auto& g = *shown[i].geometry;
-        WindowRecord r;
-        r.owner = f.owner;
-        r.pid = f.pid;
-        const double border = g.border_width;
-        r.bounds = WindowBounds{g.x / ratio, g.y / ratio, (g.width + 2 * border) / ratio,
-                                (g.height + 2 * border) / ratio};
-        if (const auto o = first32(opacity.get(), XCB_ATOM_CARDINAL))
-            r.alpha = double(*o) / 0xffffffffu;
-
-        const quint32 t = f.type;
-        if (t && t == m_atoms[TYPE_DOCK]) {
-            // A panel along the top edge is where the menu bar would be.
-            r.layer = g.y <= 2 && g.width > g.height ? 25 : 20;
-        } else if (t && t == m_atoms[TYPE_NOTIFICATION]) {
-            r.layer = 23;
-        } else if ((t && (t == m_atoms[TYPE_POPUP_MENU] || t == m_atoms[TYPE_DROPDOWN_MENU] ||
-                          t == m_atoms[TYPE_COMBO] || t == m_atoms[TYPE_TOOLTIP] ||
-                          t == m_atoms[TYPE_DND])) ||
-                   (shown[i].overrideRedirect && t == 0)) {
-            r.layer = 101;
-        } else {
-            r.layer = 0;
+        if (const auto o = first32(reply(opacityCookies[i]).get(), XCB_ATOM_CARDINAL))
+            w.alpha = double(*o) / 0xffffffffu;
+        // left, right, top, bottom, then start and end of each: the top's columns are 8 and 9.
+        if (const auto s = values32(reply(strutCookies[i]).get(), XCB_ATOM_CARDINAL);
+            s && s->size() >= 10) {
+            w.strutTop = int((*s)[2]);
+            w.strutSpan = {int((*s)[8]), int((*s)[9])};
         }
-        list.append(r);
     }
     // Forget windows that have gone, so the cache cannot grow or confuse a reused id.
     m_facts = std::move(alive);
-
-    if (m_overview && m_overview()) {
-        WindowRecord r;
-        r.owner = QStringLiteral("Dock");
-        r.layer = 18;
-        r.pid = 0;
-        r.alpha = 1.0;
-        r.bounds =
-            WindowBounds{0.0, 0.0, rootGeometry->width / ratio, rootGeometry->height / ratio};
-        list.append(r);
-    }
-    return list;
+    return windowRecords(stack, desktop);
 }
 
 } // namespace MirlPlayer

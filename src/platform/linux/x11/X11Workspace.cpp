@@ -1,32 +1,43 @@
 #include "platform/linux/x11/X11Workspace.h"
 
-#include <QRect>
+#include "platform/linux/x11/X11Connection.h"
+
+#include <QCoreApplication>
 #include <QSocketNotifier>
 
-// Xlib last: its macros must not reach Qt's headers.
-#include <X11/Xatom.h>
-#include <X11/Xlib.h>
-#include <X11/extensions/shape.h>
+#include <xcb/xcb.h>
 
 namespace MirlPlayer {
 
 using namespace X11;
 
 X11Workspace::X11Workspace(QObject* parent)
-    : QObject(parent)
-    , m_display(openDisplay()) {
-    if (!m_display)
+    : QObject(parent) {
+    xcb_connection_t* c = connection();
+    if (!c)
         return;
-    m_atoms = std::make_unique<Atoms>(m_display.get());
-    Display* d = m_display.get();
-    XSelectInput(d, DefaultRootWindow(d), PropertyChangeMask);
-    XFlush(d);
-    m_notifier = new QSocketNotifier(ConnectionNumber(d), QSocketNotifier::Read, this);
-    connect(m_notifier, &QSocketNotifier::activated, this, &X11Workspace::readEvents);
+    m_activeAtom = atom("_NET_ACTIVE_WINDOW");
+    // Event masks are per client: add property changes to what the connection already selects
+    // on the root (Qt's own selection included), never replace it.
+    const quint32 root = rootWindow();
+    Reply<xcb_get_window_attributes_reply_t> attrs(
+        xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, root), nullptr));
+    const quint32 mask = (attrs ? attrs->your_event_mask : 0) | XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(c, root, XCB_CW_EVENT_MASK, &mask);
+    xcb_flush(c);
+    if (sharedWithQt()) {
+        QCoreApplication::instance()->installNativeEventFilter(this);
+    } else {
+        m_notifier = new QSocketNotifier(xcb_get_file_descriptor(c), QSocketNotifier::Read, this);
+        connect(m_notifier, &QSocketNotifier::activated, this, &X11Workspace::readEvents);
+    }
     m_lastFront = frontmost();
 }
 
-X11Workspace::~X11Workspace() = default;
+X11Workspace::~X11Workspace() {
+    if (auto* app = QCoreApplication::instance())
+        app->removeNativeEventFilter(this);
+}
 
 QString X11Workspace::applicationID(const QByteArray& wmClass) {
     if (wmClass.compare("spotify", Qt::CaseInsensitive) == 0)
@@ -34,67 +45,81 @@ QString X11Workspace::applicationID(const QByteArray& wmClass) {
     return QString::fromLocal8Bit(wmClass);
 }
 
-Workspace::Application X11Workspace::applicationOf(unsigned long window) {
+Workspace::Application X11Workspace::applicationOf(quint32 window) {
     Application app;
-    if (!m_display || !window)
+    if (!window)
         return app;
-    Display* d = m_display.get();
-    if (const auto cls = wmClass(d, window))
-        app.id = applicationID(cls->second);
-    if (const auto pid = cardinal(d, window, (*m_atoms)("_NET_WM_PID"), XA_CARDINAL))
+    app.window = window;
+    const unsigned classCookie = askProperty(window, atom("WM_CLASS"), XCB_ATOM_STRING);
+    const unsigned pidCookie = askProperty(window, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL);
+    if (const auto cls = wmClass(reply(classCookie).get()))
+        app.id = applicationID(*cls);
+    if (const auto pid = first32(reply(pidCookie).get(), XCB_ATOM_CARDINAL))
         app.pid = qint64(*pid);
     return app;
 }
 
 Workspace::Application X11Workspace::frontmost() {
-    if (!m_display)
+    if (!connection())
         return {};
-    Display* d = m_display.get();
-    const auto active =
-        cardinal(d, DefaultRootWindow(d), (*m_atoms)("_NET_ACTIVE_WINDOW"), XA_WINDOW);
+    const auto active = first32(
+        reply(askProperty(rootWindow(), m_activeAtom, XCB_ATOM_WINDOW)).get(), XCB_ATOM_WINDOW);
     return active ? applicationOf(*active) : Application{};
 }
 
-void X11Workspace::readEvents() {
-    Display* d = m_display.get();
-    bool activeChanged = false;
-    while (XPending(d)) {
-        XEvent event;
-        XNextEvent(d, &event);
-        if (event.type == PropertyNotify &&
-            event.xproperty.atom == (*m_atoms)("_NET_ACTIVE_WINDOW"))
-            activeChanged = true;
-    }
-    if (!activeChanged)
+void X11Workspace::activate(const Application& app) {
+    xcb_connection_t* c = connection();
+    if (!c || !app.window)
         return;
+    xcb_client_message_event_t event{};
+    event.response_type = XCB_CLIENT_MESSAGE;
+    event.format = 32;
+    event.window = quint32(app.window);
+    event.type = m_activeAtom;
+    // Source indication 2 (a pager): the user's own choice, which window managers do not hold
+    // back as focus stealing.
+    event.data.data32[0] = 2;
+    event.data.data32[1] = XCB_CURRENT_TIME;
+    xcb_send_event(c, 0, rootWindow(),
+                   XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                   reinterpret_cast<const char*>(&event));
+    xcb_flush(c);
+}
+
+bool X11Workspace::isActivation(const void* message) const {
+    const auto* event = static_cast<const xcb_generic_event_t*>(message);
+    if ((event->response_type & ~0x80) != XCB_PROPERTY_NOTIFY)
+        return false;
+    const auto* property = static_cast<const xcb_property_notify_event_t*>(message);
+    return property->window == rootWindow() && property->atom == m_activeAtom;
+}
+
+bool X11Workspace::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
+    if (eventType == "xcb_generic_event_t" && isActivation(message))
+        activeWindowChanged();
+    return false; // Qt goes on with the event as ever
+}
+
+void X11Workspace::readEvents() {
+    xcb_connection_t* c = connection();
+    if (!c)
+        return;
+    bool activeChanged = false;
+    while (auto* event = xcb_poll_for_event(c)) {
+        activeChanged = activeChanged || isActivation(event);
+        std::free(event);
+    }
+    if (activeChanged)
+        activeWindowChanged();
+}
+
+void X11Workspace::activeWindowChanged() {
     const Application front = frontmost();
     // Focus moving between windows of one application is not an activation.
     if (front.id.isEmpty() || (front.id == m_lastFront.id && front.pid == m_lastFront.pid))
         return;
     m_lastFront = front;
     notifyActivation(Event::activated, front);
-}
-
-X11InputRegion::X11InputRegion()
-    : m_display(openDisplay()) {}
-
-X11InputRegion::~X11InputRegion() = default;
-
-void X11InputRegion::apply(unsigned long window, const QRect& rect) {
-    if (!m_display || !window)
-        return;
-    XRectangle r{short(rect.x()), short(rect.y()), (unsigned short)(std::max(0, rect.width())),
-                 (unsigned short)(std::max(0, rect.height()))};
-    XShapeCombineRectangles(m_display.get(), Window(window), ShapeInput, 0, 0, &r,
-                            rect.isEmpty() ? 0 : 1, ShapeSet, Unsorted);
-    XFlush(m_display.get());
-}
-
-void X11InputRegion::releaseKeyboard() {
-    if (!m_display)
-        return;
-    XSetInputFocus(m_display.get(), PointerRoot, RevertToPointerRoot, CurrentTime);
-    XFlush(m_display.get());
 }
 
 } // namespace MirlPlayer

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/Workspace.h"
-#include "platform/linux/x11/X11Handles.h"
 
+#include <QAbstractNativeEventFilter>
 #include <QObject>
 
 class QSocketNotifier;
@@ -11,42 +11,32 @@ namespace MirlPlayer {
 
 // The frontmost application from _NET_ACTIVE_WINDOW: its WM_CLASS class as the id (Spotify's
 // desktop client reported as "com.spotify.client", as the focus log expects) and its
-// _NET_WM_PID. Activation events come from watching that root property, on the GUI thread.
-class X11Workspace : public QObject, public Workspace {
+// _NET_WM_PID. Activation events come from watching that root property over the process's one
+// X connection: through Qt's event filter when the connection is Qt's, else by reading the
+// connection's events on the GUI thread.
+class X11Workspace : public QObject, public Workspace, private QAbstractNativeEventFilter {
     Q_OBJECT
 public:
     explicit X11Workspace(QObject* parent = nullptr);
     ~X11Workspace() override;
 
     Application frontmost() override;
+    void activate(const Application& app) override;
 
     // The identifier for a window class: the well-known players keep their usual identifiers.
     static QString applicationID(const QByteArray& wmClass);
 
 private:
+    bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
     void readEvents();
-    Application applicationOf(unsigned long window);
+    // True for a change of the active window.
+    bool isActivation(const void* event) const;
+    void activeWindowChanged();
+    Application applicationOf(quint32 window);
 
-    X11::DisplayHandle m_display;
-    std::unique_ptr<X11::Atoms> m_atoms;
     QSocketNotifier* m_notifier = nullptr;
+    quint32 m_activeAtom = 0;
     Application m_lastFront;
-};
-
-// Sets a window's XShape input region: clicks outside it fall through to whatever lies beneath,
-// while drawing is untouched (a plain window mask would clip the drawing too).
-class X11InputRegion {
-public:
-    X11InputRegion();
-    ~X11InputRegion();
-    bool connected() const { return bool(m_display); }
-    // `rect` is in the window's own pixels; an empty rectangle makes the window click-through.
-    void apply(unsigned long window, const QRect& rect);
-    // Gives the keyboard focus back to the window under the pointer.
-    void releaseKeyboard();
-
-private:
-    X11::DisplayHandle m_display;
 };
 
 } // namespace MirlPlayer

@@ -6,13 +6,14 @@
 #include <QJsonObject>
 #include <QList>
 #include <QString>
+#include <QUrl>
 #include <optional>
 
 namespace MirlPlayer::Stored {
 
-// Strict readers for the library's stored documents. Each returns false when a key has the wrong
-// type (or a required one is missing), and the caller then drops the whole document: caches
-// have no format versions and no per-record recovery.
+// Strict readers for stored documents (items, the library memory, shortcuts). Each returns false
+// when a key has the wrong type (or a required one is missing), and the caller then drops the whole
+// document: caches have no format versions and no per-record recovery.
 
 inline bool string(const QJsonObject& o, QStringView key, QString& out) {
     const QJsonValue v = o.value(key);
@@ -29,6 +30,15 @@ inline bool optionalString(const QJsonObject& o, QStringView key, std::optional<
     if (!v.isString())
         return false;
     out = v.toString();
+    return true;
+}
+
+inline bool optionalURL(const QJsonObject& o, QStringView key, std::optional<QUrl>& out) {
+    std::optional<QString> text;
+    if (!optionalString(o, key, text))
+        return false;
+    if (text)
+        out = QUrl(*text);
     return true;
 }
 

@@ -1,0 +1,115 @@
+#include "panel/ReflectionView.h"
+
+#include "audio/EQTuning.h"
+#include "audio/LevelsStore.h"
+#include "look/Reflection.h"
+#include "look/Theme.h"
+#include "visualizers/VizConfig.h"
+
+#include <QPainter>
+#include <QPainterPath>
+#include <QRadialGradient>
+
+namespace MirlPlayer {
+
+ReflectionView::ReflectionView(QQuickItem* parent)
+    : QQuickPaintedItem(parent) {
+    setOpaquePainting(false);
+    setAcceptedMouseButtons(Qt::NoButton);
+    setAcceptHoverEvents(false);
+}
+
+void ReflectionView::setKind(const QString& kind) {
+    if (kind == m_kind)
+        return;
+    m_kind = kind;
+    m_envelope = {}; // a light that leaves and returns starts from dark
+    Q_EMIT kindChanged();
+    update();
+}
+
+void ReflectionView::setStore(LevelsStore* store) {
+    if (store == m_store)
+        return;
+    if (m_store)
+        disconnect(m_store, nullptr, this, nullptr);
+    m_store = store;
+    if (store)
+        connect(store, &LevelsStore::levelsChanged, this, [this] { update(); });
+    Q_EMIT storeChanged();
+    update();
+}
+
+void ReflectionView::setTheme(Theme* theme) {
+    if (theme == m_theme)
+        return;
+    m_theme = theme;
+    Q_EMIT themeChanged();
+    update();
+}
+
+VizConfig* ReflectionView::config() const {
+    return m_config ? m_config.data() : &VizConfig::shared();
+}
+
+void ReflectionView::setConfig(VizConfig* config) {
+    if (config == m_config)
+        return;
+    m_config = config;
+    Q_EMIT configChanged();
+    update();
+}
+
+void ReflectionView::paint(QPainter* painter) {
+    if (!m_store || !m_theme)
+        return;
+    const ReflectionKind kind =
+        m_kind == QLatin1String("edge") ? ReflectionKind::edge : ReflectionKind::glass;
+    VizConfig* viz = config();
+    const ReflectionSettings s = reflectionSettings(
+        kind, m_libraryOpen, [viz](const QString& key) { return viz->value(key); });
+    const double w = width();
+    const double h = height();
+    // Below the threshold nothing is drawn and the envelope's time stands still.
+    if (s.amount <= 0.001 || w <= 0 || h <= 0)
+        return;
+    const std::vector<double>& mags =
+        m_envelope.update(m_store->levels(), pools, s.attack, s.release, m_clock.now());
+    const EQTuning& t = EQTuning::shared();
+    const LightTuning tuning{t.floorBright, t.peakBright, t.peakWhite};
+    Theme* theme = m_theme;
+    const auto colourAt = [theme, &s, &tuning](double p, double m) {
+        return lightColour(theme->colorAt(std::nullopt, p), m, s.colour, tuning);
+    };
+    const ReflectionFrame frame = kind == ReflectionKind::glass
+                                      ? glassReflection(mags, w, h, s, colourAt)
+                                      : edgeReflection(mags, w, h, s, colourAt);
+
+    painter->setRenderHint(QPainter::Antialiasing);
+    QPainterPath clip;
+    clip.addRoundedRect(QRectF(0, 0, w, h), m_cornerRadius, m_cornerRadius);
+    painter->setClipPath(clip);
+    painter->setCompositionMode(QPainter::CompositionMode_Plus);
+    painter->setPen(Qt::NoPen);
+    auto stops = [](const LightBlob& blob) {
+        QGradientStops out;
+        const std::vector<double> alphas = blobStops(blob.alpha);
+        for (size_t k = 0; k < alphas.size(); ++k)
+            out.append({double(k) / 12.0, toColor(blob.colour, alphas[k])});
+        return out;
+    };
+    for (const LightBlob& blob : frame.blobs) {
+        QRadialGradient g(blob.centre, blob.radius);
+        g.setStops(stops(blob));
+        painter->setBrush(g);
+        painter->drawEllipse(blob.centre, blob.radius, blob.radius);
+    }
+    if (frame.wash) {
+        QLinearGradient g(0, 0, 0, frame.wash->radius);
+        g.setStops(stops(*frame.wash));
+        painter->setBrush(g);
+        painter->drawRect(QRectF(0, 0, w, frame.wash->radius));
+    }
+}
+
+} // namespace MirlPlayer

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "audio/LevelsStore.h"
+#include "core/Clock.h"
+#include "look/ReflectionEnvelope.h"
+#include "look/Theme.h"
+#include "visualizers/VizConfig.h"
+
+#include <QPointer>
+#include <QQuickPaintedItem>
+
+namespace MirlPlayer {
+
+// The music's light in the frosted glass: soft blobs of additive light from the band levels,
+// along the bottom edge ("glass") or around the rim ("edge"). Redraws on every publish of the
+// levels and on nothing else; the envelope it owns lives as long as this layer is on screen.
+// Takes no mouse events.
+class ReflectionView : public QQuickPaintedItem {
+    Q_OBJECT
+    Q_PROPERTY(QString kind READ kind WRITE setKind NOTIFY kindChanged)
+    Q_PROPERTY(MirlPlayer::LevelsStore* store READ store WRITE setStore NOTIFY storeChanged)
+    Q_PROPERTY(MirlPlayer::Theme* theme READ theme WRITE setTheme NOTIFY themeChanged)
+    Q_PROPERTY(MirlPlayer::VizConfig* config READ config WRITE setConfig NOTIFY configChanged)
+    Q_PROPERTY(bool libraryOpen MEMBER m_libraryOpen NOTIFY libraryOpenChanged)
+    // The light stays inside the shape's rounded corners.
+    Q_PROPERTY(double cornerRadius MEMBER m_cornerRadius NOTIFY cornerRadiusChanged)
+    // Points of blur the layer asks for (18 in the library, else 0).
+    Q_PROPERTY(double blur READ blur NOTIFY libraryOpenChanged)
+public:
+    static constexpr int pools = 22;
+
+    explicit ReflectionView(QQuickItem* parent = nullptr);
+
+    QString kind() const { return m_kind; }
+    void setKind(const QString& kind);
+    LevelsStore* store() const { return m_store; }
+    void setStore(LevelsStore* store);
+    Theme* theme() const { return m_theme; }
+    void setTheme(Theme* theme);
+    VizConfig* config() const;
+    void setConfig(VizConfig* config);
+    double blur() const { return m_libraryOpen ? 18 : 0; }
+
+    void paint(QPainter* painter) override;
+
+Q_SIGNALS:
+    void kindChanged();
+    void storeChanged();
+    void themeChanged();
+    void configChanged();
+    void libraryOpenChanged();
+    void cornerRadiusChanged();
+
+private:
+    QString m_kind = QStringLiteral("glass");
+    QPointer<LevelsStore> m_store;
+    QPointer<Theme> m_theme;
+    QPointer<VizConfig> m_config;
+    bool m_libraryOpen = false;
+    double m_cornerRadius = 0;
+    ReflectionEnvelope m_envelope;
+    Clock& m_clock = Clock::system();
+};
+
+} // namespace MirlPlayer
