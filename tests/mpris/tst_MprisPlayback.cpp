@@ -8,7 +8,6 @@
 #include "platform/linux/service/MirlBusService.h"
 #include "playback/MusicController.h"
 #include "playback/PlayerState.h"
-#include "support/PrivateBus.h"
 #include "support/TestEnv.h"
 
 #include <QDBusArgument>
@@ -95,27 +94,6 @@ private Q_SLOTS:
         QTest::qWait(700);
         QVERIFY(player.clock()->position() > before + 0.3);
         QVERIFY(qAbs(player.clock()->position() - positionOf(bus(), envPlayer)) < 0.5);
-    }
-
-    void aPlayerThatQuitsLeavesTheIdleTexts() {
-        // On a bus of its own, so that the environment's player cannot stand in for it.
-        PrivateBus privateBus;
-        QVERIFY(!privateBus.address().isEmpty());
-        const QDBusConnection privateConnection = privateBus.connect(QStringLiteral("quitting"));
-        MpvProcess mpv(privateBus.address());
-        MprisPlayerBridge bridge(*m_prefs, privateConnection);
-        PlayerState player(&bridge);
-        player.start();
-        QTRY_VERIFY(player.isPlaying());
-        QVERIFY(player.title() != PlayerState::idleTitle);
-        mpv.stop();
-        QTRY_COMPARE(player.title(), PlayerState::idleTitle);
-        QCOMPARE(player.artist(), PlayerState::idleArtist);
-        QVERIFY(!player.isPlaying());
-        QCOMPARE(player.sourceName(), QString());
-        QCOMPARE(player.duration(), 0.0);
-        QVERIFY(bridge.serviceFor(Source::music).isEmpty());
-        QDBusConnection::disconnectFromBus(QStringLiteral("quitting"));
     }
 
     void cleanupTestCase() {
