@@ -1,7 +1,13 @@
-// What listening costs: runs the program headless against the private player environment and
-// measures the CPU time it uses (user + system, from /proc) per minute, first while it captures
-// the playing player, then with the player paused, when nothing of the capture may run. The
-// paused figure is the baseline. MIRL_BENCH_SECONDS shortens each phase (default 60).
+// What listening costs: runs the program on a private X server (Xvfb, OpenGL through Mesa's
+// llvmpipe) against the private player environment and measures the CPU time it uses (user +
+// system, from /proc) per minute in three phases: capturing the playing player with the resting
+// pill, with the card open on the bars visualizer, and with the player paused, when nothing of
+// the capture may run. While the pill rests, cava (when installed) listens to the same stream in
+// the same seconds: 128 bars at 60 frames a second through the PulseAudio interface, raw output
+// to /dev/null; it is the baseline. Each phase is cut into slices and every figure is the median
+// of its slices. MIRL_BENCH_SECONDS sets the length of each phase (default 60).
+#include "X11TestSession.h"
+
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -13,15 +19,18 @@
 #include <QJsonObject>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <algorithm>
 #include <cstdio>
 #include <unistd.h>
 
 namespace {
 
-QProcessEnvironment g_env = QProcessEnvironment::systemEnvironment();
+QProcessEnvironment g_env;
+constexpr int slices = 5;
 
 bool waitFor(const std::function<bool()>& ready, int timeoutMs) {
     QDeadlineTimer deadline(timeoutMs);
@@ -80,18 +89,45 @@ bool captureNodeExists() {
            dump.readAllStandardOutput().contains("\"mirl-pro-capture\"");
 }
 
-double measure(qint64 pid, int seconds) {
-    const double start = cpuSeconds(pid);
-    QThread::sleep(seconds);
-    const double end = cpuSeconds(pid);
-    if (start < 0 || end < 0)
-        return -1;
-    return (end - start) * 60.0 / seconds;
+double median(std::vector<double> v) {
+    std::sort(v.begin(), v.end());
+    return v.empty() ? -1 : v[v.size() / 2];
+}
+
+// CPU seconds per minute of each process over the same `seconds`, as the median of the slices.
+std::vector<double> measure(const std::vector<qint64>& pids, int seconds) {
+    std::vector<std::vector<double>> perSlice(pids.size());
+    const double slice = double(seconds) / slices;
+    for (int s = 0; s < slices; ++s) {
+        std::vector<double> start;
+        for (qint64 pid : pids)
+            start.push_back(cpuSeconds(pid));
+        QThread::msleep(qint64(slice * 1000));
+        for (size_t i = 0; i < pids.size(); ++i) {
+            const double end = cpuSeconds(pids[i]);
+            if (start[i] >= 0 && end >= 0)
+                perSlice[i].push_back((end - start[i]) * 60.0 / slice);
+        }
+    }
+    std::vector<double> result;
+    for (auto& values : perSlice)
+        result.push_back(values.size() == size_t(slices) ? median(values) : -1);
+    return result;
+}
+
+void xdotool(const QStringList& args) {
+    QProcess::execute(QStringLiteral("xdotool"), args);
 }
 
 } // namespace
 
 int main(int argc, char* argv[]) {
+    MirlPlayer::Test::X11TestSession screen; // sets DISPLAY for everything started below
+    if (!screen.ok()) {
+        std::fprintf(stderr, "capture_cpu: no private X server: %s\n", qPrintable(screen.error()));
+        return 1;
+    }
+    g_env = QProcessEnvironment::systemEnvironment();
     QCoreApplication app(argc, argv);
     const int seconds = qEnvironmentVariableIntValue("MIRL_BENCH_SECONDS") > 0
                             ? qEnvironmentVariableIntValue("MIRL_BENCH_SECONDS")
@@ -127,13 +163,14 @@ int main(int argc, char* argv[]) {
     QDir().mkpath(config + u"/MIRL PRO");
     QFile prefs(config + u"/MIRL PRO/preferences.conf");
     prefs.open(QIODevice::WriteOnly);
-    prefs.write("[General]\naudioCaptureEnabled=true\nsetupCompleted=true\nshowVisualizer=true\n");
+    prefs.write("[General]\naudioCaptureEnabled=true\nsetupCompleted=true\n"
+                "setupAssistantFinished=true\nshowVisualizer=true\nvizID=bars\n");
     prefs.close();
     QProcessEnvironment mirlEnv = g_env;
     mirlEnv.insert(QStringLiteral("XDG_CONFIG_HOME"), config);
     mirlEnv.insert(QStringLiteral("XDG_STATE_HOME"), dir.filePath(QStringLiteral("state")));
     mirlEnv.insert(QStringLiteral("XDG_CACHE_HOME"), dir.filePath(QStringLiteral("cache")));
-    mirlEnv.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    mirlEnv.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
     mirlEnv.remove(QStringLiteral("NOTCH_DEBUG"));
 
     QProcess mirl;
@@ -160,9 +197,48 @@ int main(int argc, char* argv[]) {
         return finish(1);
     }
     QThread::sleep(2); // past the start-up work: the first sample, artwork, palette
-    std::printf("capturing the playing player for %d s...\n", seconds);
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("0"), QStringLiteral("600")});
+
+    // The baseline listens to the same stream: the null sink's monitor, which carries the player.
+    QProcess cava;
+    const bool withCava = !QStandardPaths::findExecutable(QStringLiteral("cava")).isEmpty();
+    if (withCava) {
+        const QString cavaConfig = dir.filePath(QStringLiteral("cava.conf"));
+        QFile file(cavaConfig);
+        file.open(QIODevice::WriteOnly);
+        file.write("[general]\nframerate = 60\nbars = 128\n"
+                   "[input]\nmethod = pulse\nsource = mirl-null-sink.monitor\n"
+                   "[output]\nmethod = raw\nraw_target = /dev/null\ndata_format = binary\n");
+        file.close();
+        cava.setProcessEnvironment(g_env);
+        cava.setStandardOutputFile(QProcess::nullDevice());
+        cava.setStandardErrorFile(dir.filePath(QStringLiteral("cava.log")));
+        cava.start(QStringLiteral("cava"), {QStringLiteral("-p"), cavaConfig});
+        cava.waitForStarted(5000);
+        QThread::sleep(2);
+    }
+    std::printf("capturing the playing player with the resting pill for %d s...\n", seconds);
     std::fflush(stdout);
-    const double capturing = measure(mirl.processId(), seconds);
+    std::vector<qint64> pids{mirl.processId()};
+    if (withCava && cava.state() == QProcess::Running)
+        pids.push_back(cava.processId());
+    const std::vector<double> resting = measure(pids, seconds);
+    const double capturing = resting[0];
+    const double cavaCpu = resting.size() > 1 ? resting[1] : -1;
+    if (withCava) {
+        cava.terminate();
+        if (!cava.waitForFinished(3000))
+            cava.kill();
+    }
+
+    // Onto the pill, which rests at the right end of the top edge: the card opens after 0.22 s.
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("1467"), QStringLiteral("50")});
+    QThread::sleep(3);
+    std::printf("capturing with the card open on the bars visualizer for %d s...\n", seconds);
+    std::fflush(stdout);
+    const double cardOpen = measure({mirl.processId()}, seconds)[0];
+    xdotool({QStringLiteral("mousemove"), QStringLiteral("0"), QStringLiteral("600")});
+    QThread::sleep(2);
 
     QDBusConnection bus = QDBusConnection::connectToBus(
         g_env.value(QStringLiteral("DBUS_SESSION_BUS_ADDRESS")), QStringLiteral("bench"));
@@ -177,21 +253,31 @@ int main(int argc, char* argv[]) {
     QThread::sleep(2);
     std::printf("player paused for %d s...\n", seconds);
     std::fflush(stdout);
-    const double paused = measure(mirl.processId(), seconds);
+    const double paused = measure({mirl.processId()}, seconds)[0];
     const int code = finish(0);
-    if (capturing < 0 || paused < 0) {
+    if (capturing < 0 || cardOpen < 0 || paused < 0) {
         std::fprintf(stderr, "capture_cpu: could not read the program's CPU time\n");
         return 1;
     }
 
+    auto percent = [](double perMinute) { return perMinute / 60.0 * 100.0; };
     const double ratio = paused > 0 ? capturing / paused : 0;
-    std::printf("CPU per minute while capturing: %.3f s (%.2f %% of one core)\n", capturing,
-                capturing / 60.0 * 100.0);
-    std::printf("CPU per minute with the player paused (baseline): %.3f s (%.2f %%)\n", paused,
-                paused / 60.0 * 100.0);
-    std::printf("ratio to baseline: %.2f\n", ratio);
+    const double ratioToCava = cavaCpu > 0 ? capturing / cavaCpu : -1;
+    std::printf("CPU per minute capturing, resting pill: %.3f s (%.2f %% of one core)\n", capturing,
+                percent(capturing));
+    if (cavaCpu >= 0)
+        std::printf("cava on the same stream, same seconds: %.3f s (%.2f %%); ratio %.2f\n",
+                    cavaCpu, percent(cavaCpu), ratioToCava);
+    else
+        std::printf("cava is not installed: no ratio to it\n");
+    std::printf("CPU per minute capturing, card open with bars: %.3f s (%.2f %%)\n", cardOpen,
+                percent(cardOpen));
+    std::printf("CPU per minute with the player paused: %.3f s (%.2f %%)\n", paused,
+                percent(paused));
     std::printf("{\"bench\":\"capture_cpu\",\"seconds\":%d,\"cpu_s_per_min_capturing\":%.3f,"
-                "\"cpu_s_per_min_paused\":%.3f,\"ratio_to_paused\":%.2f}\n",
-                seconds, capturing, paused, ratio);
+                "\"cpu_s_per_min_cava\":%.3f,\"ratio_to_cava\":%.2f,"
+                "\"cpu_s_per_min_card_open_bars\":%.3f,\"cpu_s_per_min_paused\":%.3f,"
+                "\"ratio_to_paused\":%.2f}\n",
+                seconds, capturing, cavaCpu, ratioToCava, cardOpen, paused, ratio);
     return code;
 }

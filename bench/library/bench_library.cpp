@@ -121,6 +121,7 @@ int childRSS(const QString& side, const QString& file) {
         document = QJsonDocument::fromJson(*readFile(file, 1LL << 30));
     } else {
         memory = std::make_unique<SpotifyMemory>(file, owner, noPage, Clock::system());
+        memory->waitUntilRead();
         memory->prepareMemory();
         browser = std::make_unique<SpotifyBrowser>(library, *memory, Preferences::shared(),
                                                    Clock::system());
@@ -155,7 +156,7 @@ int main(int argc, char** argv) {
     writePrivateFile(file, bytes);
     SpotifyLibrary library(Preferences::shared(), Clock::system(), QString(), false);
 
-    std::vector<double> parse, load, firstKey, key;
+    std::vector<double> parse, load, gui, firstKey, key;
     for (int run = 0; run < kRuns; ++run) {
         parse.push_back(timeMs([&] {
             const QJsonDocument document = QJsonDocument::fromJson(*readFile(file, 1LL << 30));
@@ -164,13 +165,22 @@ int main(int argc, char** argv) {
         }));
         std::unique_ptr<SpotifyMemory> memory;
         std::unique_ptr<SpotifyBrowser> browser;
+        double blocked = 0;
         load.push_back(timeMs([&] {
-            memory = std::make_unique<SpotifyMemory>(file, owner, noPage, Clock::system());
-            memory->prepareMemory(); // the owner is at hand: no suspension
-            browser = std::make_unique<SpotifyBrowser>(library, *memory, Preferences::shared(),
-                                                       Clock::system());
-            browser->selectTab(QStringLiteral("Liked Songs"));
+            blocked = timeMs([&] {
+                memory = std::make_unique<SpotifyMemory>(file, owner, noPage, Clock::system());
+            });
+            // The file is read on the memory's own thread; the GUI thread takes the result.
+            while (!memory->isRead())
+                QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+            blocked += timeMs([&] {
+                memory->prepareMemory(); // read and the owner at hand: no suspension
+                browser = std::make_unique<SpotifyBrowser>(library, *memory, Preferences::shared(),
+                                                           Clock::system());
+                browser->selectTab(QStringLiteral("Liked Songs"));
+            });
         }));
+        gui.push_back(blocked);
         if (browser->list()->count() != 30 || !memory->verified())
             std::abort();
         // The first letter brings the whole memory into the list and folds its names.
@@ -188,15 +198,17 @@ int main(int argc, char** argv) {
     std::printf("  baseline (QJsonDocument parse)   %8.2f ms\n", parseMs);
     std::printf("  load + first list published       %8.2f ms  (ratio %.2f, aim < 150 ms)\n",
                 loadMs, loadMs / parseMs);
+    std::printf("  of which on the GUI thread          %8.2f ms\n", median(gui));
     std::printf("  first filter keystroke            %8.2f ms\n", median(firstKey));
     std::printf("  next filter keystroke             %8.2f ms  (aim < 5 ms)\n", median(key));
     std::printf("  resident memory added             %8.2f MiB (baseline %.2f MiB)\n", rssLoad,
                 rssJSON);
     std::printf(
         "{\"bench\":\"library\",\"songs\":%d,\"file_bytes\":%lld,\"baseline_parse_ms\":%.2f,"
-        "\"load_ms\":%.2f,\"ratio\":%.2f,\"first_keystroke_ms\":%.2f,\"keystroke_ms\":%.2f,"
+        "\"load_ms\":%.2f,\"ratio\":%.2f,\"gui_ms\":%.2f,\"first_keystroke_ms\":%.2f,\"keystroke_"
+        "ms\":%.2f,"
         "\"rss_added_mib\":%.2f,\"rss_baseline_mib\":%.2f}\n",
-        kSongs, qint64(bytes.size()), parseMs, loadMs, loadMs / parseMs, median(firstKey),
-        median(key), rssLoad, rssJSON);
+        kSongs, qint64(bytes.size()), parseMs, loadMs, loadMs / parseMs, median(gui),
+        median(firstKey), median(key), rssLoad, rssJSON);
     return 0;
 }

@@ -22,7 +22,9 @@ namespace MirlPlayer {
 DesktopSession::DesktopSession()
     : m_bridge(Preferences::shared())
     , m_delegate(Preferences::shared(), &m_bridge)
-    , m_busService(&m_delegate.player(), m_delegate.player().clock())
+    // The bus reads the position from the player, which brings the clock up to now: the
+    // clock itself moves only while a view shows it.
+    , m_busService(&m_delegate.player(), &m_delegate.player())
     , m_audio(m_bridge) {
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());

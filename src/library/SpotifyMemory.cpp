@@ -6,6 +6,7 @@
 #include "spotify/SpotifyError.h"
 #include "spotify/SpotifyLibrary.h"
 
+#include <QCoro/QCoroFuture>
 #include <QCoro/QCoroTimer>
 #include <QDir>
 #include <QFile>
@@ -39,10 +40,16 @@ SpotifyMemory::SpotifyMemory(QString file, OwnerProvider ownerProvider, PageFetc
     , m_clock(clock)
     , m_writer(std::make_unique<SerialQueue>(QStringLiteral("mirl.library.write"),
                                              QThread::LowPriority)) {
+    // Ten thousand songs take a good part of a second to read and decode under load: the writer's
+    // thread does it, ahead of any write or removal, and the GUI thread only takes the result.
     // A missing, unreadable or spoilt file is simply an empty memory.
-    if (const auto bytes = readFile(m_file, 512 * 1024 * 1024))
-        if (auto snapshot = decodeMemory(*bytes))
-            m_data = std::move(*snapshot);
+    m_readDone.start();
+    m_read = std::make_shared<std::optional<Snapshot>>();
+    m_writer->async([this, read = m_read, file = m_file] {
+        if (const auto bytes = readFile(file, 512 * 1024 * 1024))
+            *read = decodeMemory(*bytes);
+        onMain(this, [this] { publishRead(); });
+    });
     m_writeTimer.setSingleShot(true);
     m_writeTimer.setInterval(1000);
     connect(&m_writeTimer, &QTimer::timeout, this, &SpotifyMemory::writeNow);
@@ -92,11 +99,46 @@ SpotifyMemory::PageFetcher SpotifyMemory::pagesFrom(SpotifyLibrary& library) {
     return [lib = &library](QString address) { return pageOf(lib, std::move(address)); };
 }
 
+void SpotifyMemory::publishRead() {
+    if (!m_read)
+        return;
+    std::optional<Snapshot> read = std::move(*m_read);
+    m_read.reset();
+    // A reset while the file was read removed it: what was read is gone too.
+    if (read && m_revision == 0) {
+        // Lists stored before the file was there are newer than the file's.
+        Snapshot early = std::move(m_data);
+        m_data = std::move(*read);
+        for (auto it = early.pages.cbegin(); it != early.pages.cend(); ++it)
+            m_data.pages.insert(it.key(), it.value());
+        if (early.artists) {
+            if (!m_data.artists)
+                m_data.artists.emplace();
+            m_data.artists->insert(*early.artists);
+        }
+        if (early.navigation)
+            m_data.navigation = std::move(early.navigation);
+        m_savedSetDirty = true;
+    }
+    m_readDone.finish();
+    Q_EMIT dataChanged();
+}
+
+void SpotifyMemory::waitUntilRead() {
+    m_writer->sync([] {});
+    publishRead();
+}
+
 QCoro::Task<void> SpotifyMemory::prepareMemory() {
     if (m_verified)
         co_return;
     const int revision = m_revision;
     QPointer<SpotifyMemory> self(this);
+    if (m_read) {
+        co_await m_readDone.future();
+        if (!self)
+            throw SpotifyCancellation();
+    }
     const std::optional<QString> owner = co_await m_ownerProvider();
     if (!self)
         throw SpotifyCancellation();

@@ -47,7 +47,9 @@ public:
     static constexpr int pageLimit = 100;
     static constexpr int artistLimit = 80;
 
-    // Reads `file` at once; the shared instance reads the file of the cache folder.
+    // Starts reading `file` off the GUI thread; the memory is empty until it is published
+    // (`dataChanged`), and `prepareMemory` waits for it. The shared instance reads the file of
+    // the cache folder.
     SpotifyMemory(QString file, OwnerProvider ownerProvider, PageFetcher fetchPage, Clock& clock,
                   QObject* parent = nullptr);
     ~SpotifyMemory() override;
@@ -66,6 +68,8 @@ public:
     // --- test seams ---
     void setSleeper(Sleeper sleeper) { m_sleeper = std::move(sleeper); }
     void setWriteDelay(int ms) { m_writeTimer.setInterval(ms); }
+    // Waits until the file that was read at construction is published.
+    void waitUntilRead();
     // Writes a scheduled change now and waits until the file is on disk.
     void flush();
 
@@ -76,6 +80,7 @@ public:
     QString errorText() const { return m_error.value_or(QString()); }
     int revision() const { return m_revision; }
     bool verified() const { return m_verified; }
+    bool isRead() const { return !m_read; }
     bool complete() const { return m_data.complete; }
     int savedCount() const { return int(m_data.saved.size()); }
     const QMap<QString, QString>& livePositions() const { return m_livePositions; }
@@ -112,6 +117,7 @@ private:
     void setLoading(bool value);
     void setError(std::optional<QString> value);
     void endCrawl(int revision);
+    void publishRead();
 
     Snapshot m_data;
     QSet<QString> m_savedSet;
@@ -124,6 +130,9 @@ private:
     QMap<QString, bool> m_membershipChanges;
     // `work`: the running crawl; waiters share its future (one crawl at most).
     std::shared_ptr<QPromise<void>> m_work;
+    // The file's snapshot while it is being read on the writer's thread; none once published.
+    std::shared_ptr<std::optional<Snapshot>> m_read;
+    QPromise<void> m_readDone;
     QString m_file;
     OwnerProvider m_ownerProvider;
     PageFetcher m_fetchPage;

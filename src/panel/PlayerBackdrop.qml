@@ -1,6 +1,7 @@
 import QtQuick
 import QtQuick.Shapes
 import MirlPlayer.Surface
+import Qt5Compat.GraphicalEffects as Effects
 
 // The material of the surface in its three forms, all inside the shape's rounded corners:
 // `solid` black; `frosted` glass (frost, a dark veil, the music's light, a sheen and a rim);
@@ -50,6 +51,12 @@ Item {
             store: visible ? backdrop.levels : null
             theme: backdrop.theme
             libraryOpen: backdrop.libraryOpen
+            // In the library the light spreads wider and softer.
+            layer.enabled: blur > 0
+            layer.effect: Effects.GaussianBlur {
+                radius: 18
+                samples: 37
+            }
         }
         Shape {
             anchors.fill: parent

@@ -33,8 +33,8 @@ constexpr std::array<QRectF, SurfaceSlots::slotCount> visualizerCard{{
 constexpr std::array<QRectF, SurfaceSlots::slotCount> libraryBar{{
     {18, 12, 60, 60},
     {88, 16, 214, 40},
-    {312, 29, 176, 26},
-    {496, 18, 126, 40},
+    {312, 29, 160, 26},
+    {480, 18, 142, 40},
     {48, 42, 0, 0},
 }};
 

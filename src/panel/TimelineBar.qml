@@ -20,6 +20,7 @@ Item {
     TimelineModel {
         id: timeline
         player: bar.player
+        shown: bar.visible
     }
 
     Loader {

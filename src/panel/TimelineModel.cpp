@@ -9,10 +9,25 @@
 
 namespace MirlPlayer {
 
+TimelineModel::~TimelineModel() {
+    if (m_player)
+        m_player->setPositionShown(this, false);
+}
+
+void TimelineModel::setShown(bool shown) {
+    if (m_shown == shown)
+        return;
+    m_shown = shown;
+    if (m_player)
+        m_player->setPositionShown(this, shown);
+    Q_EMIT shownChanged();
+}
+
 void TimelineModel::setPlayer(PlayerState* player) {
     if (m_player == player)
         return;
     if (m_player) {
+        m_player->setPositionShown(this, false);
         disconnect(m_player, nullptr, this, nullptr);
         disconnect(m_player->clock(), nullptr, this, nullptr);
     }
@@ -20,6 +35,7 @@ void TimelineModel::setPlayer(PlayerState* player) {
     if (player) {
         connect(player, &PlayerState::durationChanged, this, &TimelineModel::changed);
         connect(player->clock(), &PlaybackClock::positionChanged, this, &TimelineModel::changed);
+        player->setPositionShown(this, m_shown);
     }
     Q_EMIT playerChanged();
     Q_EMIT changed();

@@ -20,11 +20,16 @@ class TimelineModel : public QObject {
     Q_PROPERTY(QString elapsedText READ elapsedText NOTIFY changed)
     Q_PROPERTY(QString remainingText READ remainingText NOTIFY changed)
     Q_PROPERTY(QString durationText READ durationText NOTIFY changed)
+    // The bar is on screen: only then does the player's clock need to move on its own.
+    Q_PROPERTY(bool shown READ shown WRITE setShown NOTIFY shownChanged)
 public:
     using QObject::QObject;
+    ~TimelineModel() override;
 
     PlayerState* player() const { return m_player; }
     void setPlayer(PlayerState* player);
+    bool shown() const { return m_shown; }
+    void setShown(bool shown);
 
     double fraction() const;
     bool dragging() const { return m_dragFrac.has_value(); }
@@ -43,6 +48,7 @@ public:
 Q_SIGNALS:
     void playerChanged();
     void changed();
+    void shownChanged();
 
 private:
     double duration() const;
@@ -50,6 +56,7 @@ private:
 
     QPointer<PlayerState> m_player;
     std::optional<double> m_dragFrac;
+    bool m_shown = false;
 };
 
 } // namespace MirlPlayer

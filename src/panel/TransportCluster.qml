@@ -11,8 +11,10 @@ Item {
 
     Row {
         anchors.centerIn: parent
-        spacing: cluster.style.piece === "pixel" ? 22
-               : cluster.style.piece === "chip" || cluster.style.id === "cassette" ? 8 : 26
+        // Half the room in the library's narrow bar.
+        spacing: (cluster.width < 200 ? 0.5 : 1)
+                 * (cluster.style.piece === "pixel" ? 22
+                    : cluster.style.piece === "chip" || cluster.style.id === "cassette" ? 8 : 26)
         TransportButton {
             objectName: "previousButton"
             action: "previous"

@@ -32,7 +32,8 @@ void PlayerState::start() {
     m_controller = std::make_unique<MusicController>(*this, *m_bridge, m_time);
     if (m_audioEngineStarter)
         m_audioEngineStarter(*this);
-    m_interpTimer.start();
+    m_started = true;
+    updatePositionTick();
     Q_EMIT started();
 }
 
@@ -41,6 +42,30 @@ void PlayerState::tickPosition() {
         return; // a paused clock simply stops; the anchor stays
     const double p = std::max(0.0, m_anchorPos + (m_time.now() - m_anchorTime));
     m_clock->setPosition(std::min(m_duration, p));
+}
+
+double PlayerState::livePosition() {
+    tickPosition();
+    return m_clock->position();
+}
+
+void PlayerState::setPositionShown(const QObject* viewer, bool shown) {
+    m_positionViewers.removeAll(viewer);
+    if (shown)
+        m_positionViewers.append(viewer);
+    updatePositionTick();
+}
+
+void PlayerState::updatePositionTick() {
+    const bool wanted = m_started && m_isPlaying && !m_positionViewers.isEmpty();
+    if (wanted == m_interpTimer.isActive())
+        return;
+    if (wanted) {
+        tickPosition(); // the view shows where the track is now, not a tick later
+        m_interpTimer.start();
+    } else {
+        m_interpTimer.stop();
+    }
 }
 
 void PlayerState::noteLevels(const QList<double>& levels) {
@@ -188,6 +213,7 @@ void PlayerState::publishPlaying(bool value) {
     if (m_isPlaying == value)
         return;
     m_isPlaying = value;
+    updatePositionTick();
     Q_EMIT isPlayingChanged();
 }
 

@@ -42,6 +42,8 @@ class PlayerState : public QObject {
     Q_PROPERTY(QString spotifyPlaybackError READ spotifyPlaybackErrorText NOTIFY
                    spotifyPlaybackErrorChanged)
     Q_PROPERTY(MirlPlayer::PlaybackClock* clock READ clock CONSTANT)
+    // The clock brought up to now, for readers that come when they like (the bus service).
+    Q_PROPERTY(double position READ livePosition)
     Q_PROPERTY(MirlPlayer::LevelsStore* eqStore READ eqStore CONSTANT)
     Q_PROPERTY(MirlPlayer::StereoStore* stereoStore READ stereoStore CONSTANT)
 
@@ -106,6 +108,12 @@ public:
     void applySample(double sampledAt, bool trackChanged, double position);
     // One step of the position clock; the timer calls it six times a second.
     void tickPosition();
+    // The clock after a step now: what a reader outside the views wants.
+    double livePosition();
+    // Whether `viewer` shows the position on screen. The tick runs only while some viewer does
+    // and the track plays; nothing else needs the clock to move on its own.
+    void setPositionShown(const QObject* viewer, bool shown);
+    bool positionTicking() const { return m_interpTimer.isActive(); }
 
     // Levels from the audio engine (GUI thread).
     void noteLevels(const QList<double>& levels);
@@ -174,7 +182,11 @@ private:
     std::unique_ptr<MusicController> m_controller;
     double m_anchorPos = 0;
     double m_anchorTime;
+    void updatePositionTick();
+
     QTimer m_interpTimer;
+    QList<const QObject*> m_positionViewers;
+    bool m_started = false;
     std::optional<QUuid> m_pendingSeek;
     double m_positionPollCutoff = Clock::distantPast;
     double m_lastPositionSample = Clock::distantPast;

@@ -141,7 +141,7 @@ void SpotifyQueue::boundaryReached(const QString& uri, PlayerState& player) {
     if (m_busy || m_tracks.isEmpty() || player.sourceName() != u"Spotify" ||
         player.trackURI() != uri || !player.isPlaying() || player.duration() <= 0)
         return;
-    if (player.duration() - player.clock()->position() > handoffWithin)
+    if (player.duration() - player.livePosition() > handoffWithin)
         return; // the next sample arms it again
     m_handoff.attemptedURI = uri;
     advance(player);

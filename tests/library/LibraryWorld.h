@@ -74,6 +74,7 @@ struct World {
             std::make_unique<SpotifyMemory>(memoryFile(), SpotifyMemory::ownerFrom(*library),
                                             SpotifyMemory::pagesFrom(*library), clock);
         made->setSleeper(noPause);
+        made->waitUntilRead();
         return made;
     }
 

@@ -155,6 +155,15 @@ private Q_SLOTS:
         QVERIFY(memory->data().saved.isEmpty());
         QVERIFY(!memory->loading());
         QVERIFY(!QFile::exists(world.memoryFile()));
+
+        // A reset while the file is still being read: what was read is dropped with it.
+        QVERIFY(writePrivateFile(world.memoryFile(), fullFile(world)));
+        SpotifyMemory reading(world.memoryFile(), SpotifyMemory::ownerFrom(*world.library),
+                              SpotifyMemory::pagesFrom(*world.library), world.clock);
+        reading.clearMemory();
+        reading.waitUntilRead();
+        QVERIFY(reading.isRead() && reading.data().saved.isEmpty());
+        QVERIFY(!QFile::exists(world.memoryFile()));
     }
 };
 

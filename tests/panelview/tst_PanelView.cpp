@@ -4,6 +4,7 @@
 #include "panel/NowPlayingArtists.h"
 #include "panel/PanelView.h"
 #include "panel/StillPanel.h"
+#include "panel/SurfaceGeometry.h"
 #include "panel/SurfaceSlots.h"
 #include "panel/TimelineModel.h"
 #include "playback/PlayerState.h"
@@ -119,6 +120,30 @@ private Q_SLOTS:
         places.advance();
         QCOMPARE(places.art(), to);
         QVERIFY(!places.moving());
+    }
+
+    // The compositor's blur stays inside the round corners: rows that cover the rounded shape.
+    void theBlurRegionIsTheRoundedShape_data() {
+        QTest::addColumn<double>("radius");
+        QTest::addColumn<double>("area");
+        QTest::newRow("card") << 12.0 << 100 * 40 - (4 - M_PI) * 144;
+        QTest::newRow("square corners") << 0.0 << 4000.0;
+        QTest::newRow("radius past half the height") << 30.0 << 100 * 40 - (4 - M_PI) * 400;
+    }
+    void theBlurRegionIsTheRoundedShape() {
+        QFETCH(double, radius);
+        QFETCH(double, area);
+        const QVector<QRect> rows = SurfaceGeometry::roundedRegion({50, 20, 100, 40}, radius);
+        double covered = 0;
+        int y = 20;
+        for (const QRect& r : rows) {
+            QCOMPARE(r.top(), y); // row after row, no gaps or overlaps
+            y = r.bottom() + 1;
+            QVERIFY(QRect(50, 20, 100, 40).contains(r));
+            covered += r.width() * r.height();
+        }
+        QCOMPARE(y, 60);
+        QVERIFY2(std::abs(covered - area) < 0.01 * area, qPrintable(QString::number(covered)));
     }
 
     void theTimelineShowsTheDragAndSeeksOnRelease_data() {

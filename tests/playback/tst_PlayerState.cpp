@@ -52,6 +52,27 @@ private Q_SLOTS:
         QCOMPARE(rig.state.clock()->position(), 300.0);
     }
 
+    void positionTicksOnlyWhileShownAndPlaying() {
+        Rig rig;
+        rig.state.start();
+        rig.playing(300, 10);
+        QObject bar, library;
+        QVERIFY(!rig.state.positionTicking()); // nothing shows the position
+        rig.state.setPositionShown(&bar, true);
+        rig.state.setPositionShown(&library, true);
+        rig.state.setPositionShown(&bar, false);
+        QVERIFY(rig.state.positionTicking()); // the library's bar still shows it
+        rig.state.publishPlaying(false);
+        QVERIFY(!rig.state.positionTicking());
+        rig.state.publishPlaying(true);
+        QVERIFY(rig.state.positionTicking());
+        rig.state.setPositionShown(&library, false);
+        QVERIFY(!rig.state.positionTicking());
+        // A reader that comes while nothing ticks still gets the time of now.
+        rig.clock.advance(4);
+        QCOMPARE(rig.state.livePosition(), 14.0);
+    }
+
     void seekClampsToTrackBounds_data() {
         QTest::addColumn<double>("duration");
         QTest::addColumn<double>("target");

@@ -1,5 +1,6 @@
 #include "panel/host/NotchPanelHost.h"
 
+#include "library/SpotifyBrowser.h"
 #include "look/PlayerBackdrop.h"
 #include "panel/PanelView.h"
 #include "panel/SurfaceGeometry.h"
@@ -20,8 +21,12 @@ NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs
     , m_player(player)
     , m_theme(theme) {
     m_windows.setOverviewSource([this] { return m_overview.active(); });
-    m_controller = std::make_unique<NotchPanelController>(
-        Clock::system(), m_screens, m_pointer, m_windows, std::move(inputs), std::move(outputs));
+    m_watchedWindows.setExtraState([this] { return m_overview.active(); });
+    // The tick reads the pointer and the window list through the watch: no round trip to the X
+    // server while it has reported nothing new.
+    m_controller = std::make_unique<NotchPanelController>(Clock::system(), m_screens,
+                                                          m_watchedPointer, m_watchedWindows,
+                                                          std::move(inputs), std::move(outputs));
     m_motion = std::make_unique<PillMotion>(*m_controller->layout());
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::geometryChanged);
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateBlur);
@@ -49,7 +54,14 @@ QString NotchPanelHost::formatTime(double seconds) {
 }
 
 void NotchPanelHost::openItem(const QVariantMap& item) {
-    Q_UNUSED(item); // the library shows its own header for the item once it opens on it
+    SpotifyItem target;
+    target.uri = target.id = item.value(QStringLiteral("uri")).toString();
+    target.name = item.value(QStringLiteral("name")).toString();
+    target.kind = item.value(QStringLiteral("kind")).toString();
+    // The library opens on the artist or album, unless it already shows it.
+    SpotifyBrowser& browser = SpotifyBrowser::shared();
+    if (!target.uri.isEmpty() && browser.currentRoute().uri != target.uri)
+        browser.openItem(target);
     m_controller->setLibraryOpen(true);
 }
 

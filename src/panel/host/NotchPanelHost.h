@@ -5,6 +5,7 @@
 #include "panel/logic/PillMotion.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
 #include "platform/linux/x11/X11BlurBehind.h"
+#include "platform/linux/x11/X11ChangeWatch.h"
 #include "platform/linux/x11/X11NotchPanel.h"
 #include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11Screens.h"
@@ -86,6 +87,9 @@ private:
     QtScreenInfo m_screens;
     X11Pointer m_pointer;
     X11WindowFacts m_windows;
+    X11ChangeWatch m_watch;
+    WatchedPointer m_watchedPointer{m_pointer, m_watch, [] { return Clock::system().now(); }};
+    WatchedWindowFacts m_watchedWindows{m_windows, m_watch, [] { return Clock::system().now(); }};
     GnomeShellOverview m_overview;
     std::unique_ptr<NotchPanelController> m_controller;
     std::unique_ptr<PillMotion> m_motion;

@@ -1,7 +1,7 @@
 // Pictures of the surface's looks for the demo: the open card on each backdrop form and in each
 // control style, drawn by the real surface over a colourful wallpaper (so that the glass shows
 // what lies behind it) with a still track and a still spectrum. Needs a display; the demo runs
-// it on its virtual screen. Writes backdrop-<form>.png and controls-<style>.png.
+// it on its virtual screen. Writes backdrop-<form>.png, controls-<style>.png and library-bar.png.
 #include "core/Clock.h"
 #include "core/Preferences.h"
 #include "look/Skin.h"
@@ -102,7 +102,6 @@ int main(int argc, char** argv) {
     view.show();
     panel.setArtworkSource(QStringLiteral("image://artwork/1"));
     panel.setShape(true, QRectF(30, 26, 580, 168));
-    const QImage back = wallpaper(view.size() * view.devicePixelRatio());
 
     auto shoot = [&](const QString& name) {
         // Let the card settle and the light build up over a few deliveries of the levels.
@@ -112,7 +111,7 @@ int main(int argc, char** argv) {
             QTimer::singleShot(33, &wait, &QEventLoop::quit);
             wait.exec();
         }
-        QImage shot = back;
+        QImage shot = wallpaper(view.size() * view.devicePixelRatio());
         QPainter p(&shot);
         p.drawImage(0, 0, view.grabWindow());
         p.end();
@@ -136,5 +135,10 @@ int main(int argc, char** argv) {
         theme.setStyleID(rawValue(style));
         shoot(QStringLiteral("controls-%1.png").arg(rawValue(style)));
     }
+    // The library's header bar: the same pieces, small, along the top of the widened shape.
+    theme.setStyleID(QStringLiteral("apple"));
+    view.resize(700, 520);
+    panel.setShape(true, QRectF(30, 26, 640, 460), true);
+    shoot(QStringLiteral("library-bar.png"));
     return 0;
 }

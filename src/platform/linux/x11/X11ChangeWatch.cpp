@@ -1,0 +1,124 @@
+#include "platform/linux/x11/X11ChangeWatch.h"
+
+#include "platform/linux/x11/X11Connection.h"
+
+#include <QCoreApplication>
+
+#include <xcb/xcb.h>
+#include <xcb/xinput.h>
+
+namespace MirlPlayer {
+
+using namespace X11;
+
+X11ChangeWatch::X11ChangeWatch() {
+    xcb_connection_t* c = connection();
+    // Only Qt's connection has a reader for the events; on a private one they would pile up.
+    if (!c || !sharedWithQt() || !QCoreApplication::instance())
+        return;
+    const quint32 root = rootWindow();
+
+    // Event masks are per client: add to what the connection already selects on the root.
+    Reply<xcb_get_window_attributes_reply_t> attrs(
+        xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, root), nullptr));
+    const quint32 mask = (attrs ? attrs->your_event_mask : 0) | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
+                         XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_change_window_attributes(c, root, XCB_CW_EVENT_MASK, &mask);
+    m_windowEvents = true;
+
+    // Qt has agreed on XInput 2 with the server already when it uses it; ask for 2.0 anyway,
+    // which a server answers with the version in force.
+    const xcb_query_extension_reply_t* xi = xcb_get_extension_data(c, &xcb_input_id);
+    if (xi && xi->present) {
+        Reply<xcb_input_xi_query_version_reply_t> version(
+            xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 0), nullptr));
+        if (version && version->major_version >= 2) {
+            struct {
+                xcb_input_event_mask_t head;
+                quint32 bits;
+            } select{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+                     XCB_INPUT_XI_EVENT_MASK_RAW_MOTION | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS |
+                         XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE};
+            const auto cookie = xcb_input_xi_select_events_checked(c, root, 1, &select.head);
+            if (auto* error = xcb_request_check(c, cookie))
+                std::free(error);
+            else
+                m_pointerEvents = true;
+            m_xinputOpcode = xi->major_opcode;
+        }
+    }
+    xcb_flush(c);
+    QCoreApplication::instance()->installNativeEventFilter(this);
+}
+
+X11ChangeWatch::~X11ChangeWatch() {
+    if (auto* app = QCoreApplication::instance())
+        app->removeNativeEventFilter(this);
+}
+
+bool X11ChangeWatch::takePointerChange() {
+    const bool changed = m_pointerMoved || !m_pointerEvents;
+    m_pointerMoved = false;
+    return changed;
+}
+
+bool X11ChangeWatch::takeWindowChange() {
+    const bool changed = m_windowsChanged || !m_windowEvents;
+    m_windowsChanged = false;
+    return changed;
+}
+
+bool X11ChangeWatch::nativeEventFilter(const QByteArray& eventType, void* message, qintptr*) {
+    if (eventType != "xcb_generic_event_t")
+        return false;
+    const auto* event = static_cast<const xcb_generic_event_t*>(message);
+    switch (event->response_type & ~0x80) {
+    case XCB_GE_GENERIC: {
+        const auto* ge = static_cast<const xcb_ge_generic_event_t*>(message);
+        if (m_xinputOpcode && ge->extension == m_xinputOpcode &&
+            (ge->event_type == XCB_INPUT_RAW_MOTION ||
+             ge->event_type == XCB_INPUT_RAW_BUTTON_PRESS ||
+             ge->event_type == XCB_INPUT_RAW_BUTTON_RELEASE))
+            m_pointerMoved = true;
+        break;
+    }
+    case XCB_CREATE_NOTIFY:
+    case XCB_DESTROY_NOTIFY:
+    case XCB_MAP_NOTIFY:
+    case XCB_UNMAP_NOTIFY:
+    case XCB_CONFIGURE_NOTIFY:
+    case XCB_REPARENT_NOTIFY:
+    case XCB_CIRCULATE_NOTIFY:
+    case XCB_GRAVITY_NOTIFY:
+    case XCB_PROPERTY_NOTIFY:
+        m_windowsChanged = true;
+        break;
+    default:
+        break;
+    }
+    return false; // Qt goes on with every event as ever
+}
+
+PointerReading WatchedPointer::read() {
+    const double now = m_now();
+    if (m_watch.takePointerChange() || !m_last || now - m_readAt >= maxAge) {
+        m_last = m_inner.read();
+        m_readAt = now;
+    }
+    return *m_last;
+}
+
+std::optional<WindowList> WatchedWindowFacts::onScreenWindows() {
+    const bool extra = m_extra && m_extra();
+    const double now = m_now();
+    // Both marks are taken before the read, so a change during it asks again next time.
+    const bool changed = m_watch.takeWindowChange();
+    if (changed || !m_last || extra != m_lastExtra || now - m_readAt >= maxAge) {
+        m_last = m_inner.onScreenWindows();
+        m_lastExtra = extra;
+        m_readAt = now;
+    }
+    return m_last;
+}
+
+} // namespace MirlPlayer
