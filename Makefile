@@ -1,5 +1,5 @@
 # The commands a newcomer types. Each does its own set-up: packages, configure, build.
-.PHONY: all deps configure build run test test-unit test-asan format bench demo clean
+.PHONY: all deps configure build run test test-unit test-asan format bench demo package clean
 
 JOBS ?= $(shell nproc)
 
@@ -16,6 +16,10 @@ build: configure
 
 run: build
 	./build/src/app/mirl
+
+# A .deb of the program in build/ (cpack).
+package: build
+	cd build && cpack -G DEB
 
 test: build
 	ctest --preset default

@@ -4,8 +4,9 @@
 // pill, with the card open on the bars visualizer, and with the player paused, when nothing of
 // the capture may run. While the pill rests, cava (when installed) listens to the same stream in
 // the same seconds: 128 bars at 60 frames a second through the PulseAudio interface, raw output
-// to /dev/null; it is the baseline. Each phase is cut into slices and every figure is the median
-// of its slices. MIRL_BENCH_SECONDS sets the length of each phase (default 60).
+// to /dev/null; it is the baseline. Each busy phase is cut into slices and its figure is the median
+// of its slices; the paused figure is the whole phase. MIRL_BENCH_SECONDS sets the length of each
+// phase (default 60).
 #include "X11TestSession.h"
 
 #include <QCoreApplication>
@@ -30,7 +31,6 @@
 namespace {
 
 QProcessEnvironment g_env;
-constexpr int slices = 5;
 
 bool waitFor(const std::function<bool()>& ready, int timeoutMs) {
     QDeadlineTimer deadline(timeoutMs);
@@ -95,7 +95,8 @@ double median(std::vector<double> v) {
 }
 
 // CPU seconds per minute of each process over the same `seconds`, as the median of the slices.
-std::vector<double> measure(const std::vector<qint64>& pids, int seconds) {
+// The kernel counts in ticks of 10 ms, so a nearly idle process is measured in one slice.
+std::vector<double> measure(const std::vector<qint64>& pids, int seconds, int slices = 5) {
     std::vector<std::vector<double>> perSlice(pids.size());
     const double slice = double(seconds) / slices;
     for (int s = 0; s < slices; ++s) {
@@ -253,7 +254,7 @@ int main(int argc, char* argv[]) {
     QThread::sleep(2);
     std::printf("player paused for %d s...\n", seconds);
     std::fflush(stdout);
-    const double paused = measure({mirl.processId()}, seconds)[0];
+    const double paused = measure({mirl.processId()}, seconds, 1)[0];
     const int code = finish(0);
     if (capturing < 0 || cardOpen < 0 || paused < 0) {
         std::fprintf(stderr, "capture_cpu: could not read the program's CPU time\n");

@@ -5,12 +5,15 @@
 #include "audio/AudioCaptureSettings.h"
 #include "core/FocusLog.h"
 #include "core/Preferences.h"
+#include "library/LibraryModule.h"
+#include "library/SpotifyMemory.h"
 #include "look/Theme.h"
 #include "panel/host/NotchPanelHost.h"
 #include "playback/MusicController.h"
 #include "playback/PlayerState.h"
 #include "playback/SpotifyPlayRequest.h"
 #include "playback/SpotifyQueue.h"
+#include "settings/SettingsWindow.h"
 #include "spotify/SpotifyLibrary.h"
 #include "visualizers/VizConfig.h"
 
@@ -25,7 +28,8 @@ DesktopSession::DesktopSession()
     // The bus reads the position from the player, which brings the clock up to now: the
     // clock itself moves only while a view shows it.
     , m_busService(&m_delegate.player(), &m_delegate.player())
-    , m_audio(m_bridge) {
+    , m_audio(m_bridge)
+    , m_statusVisibility(QDBusConnection::sessionBus()) {
     PlayerState& player = m_delegate.player();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
     m_busService.registerOn(QDBusConnection::sessionBus());
@@ -35,6 +39,9 @@ DesktopSession::DesktopSession()
     m_playRequests =
         std::make_unique<SpotifyPlayRequest>(player, SpotifyLibrary::shared(), m_workspace);
     watchActivations();
+    // The library memory exists from the start, so that signing out or changing accounts
+    // removes the former account's memory file even when the library was never opened.
+    SpotifyMemory::shared();
     // The program's own song queue follows every applied Spotify sample.
     SpotifyQueue::shared().attach(player);
 
@@ -44,6 +51,14 @@ DesktopSession::DesktopSession()
     AppDelegate::Hooks hooks;
     hooks.stopAudioEngine = [this](PlayerState&) { m_audio.stop(); };
     hooks.buildPanel = [this](AppDelegate& app) { buildPanel(app); };
+    hooks.openSettings = [this](const QString& page) {
+        if (!m_settings) {
+            m_settings = std::make_unique<SettingsWindow>(versionText());
+            connect(m_settings.get(), &SettingsWindow::setupAssistantRequested, &m_delegate,
+                    &AppDelegate::showSetup);
+        }
+        m_settings->open(page);
+    };
     m_delegate.setHooks(std::move(hooks));
     connect(qApp, &QCoreApplication::aboutToQuit, &m_delegate,
             &AppDelegate::applicationWillTerminate);
@@ -52,6 +67,14 @@ DesktopSession::DesktopSession()
 DesktopSession::~DesktopSession() = default;
 
 void DesktopSession::launch() {
+    // The status item comes before the panel; its "Reposition on Notch" finds the panel when
+    // chosen.
+    m_statusItem = std::make_unique<StatusItem>([this] {
+        return buildStatusMenu(m_delegate, [this] {
+            if (m_panel)
+                m_panel->controller().reposition();
+        });
+    });
     m_delegate.applicationDidFinishLaunching();
 }
 
@@ -92,6 +115,8 @@ void DesktopSession::buildPanel(AppDelegate& app) {
     };
 
     m_panel = std::make_unique<NotchPanelHost>(app.player(), inputs, outputs);
+    // The library's models, for the library view to bind.
+    m_panel->setEngineSetup([](QQmlEngine& engine) { useLibraryModule(engine); });
     NotchPanelController* controller = &m_panel->controller();
     connect(&theme, &Theme::positionIDChanged, controller,
             &NotchPanelController::themeGeometryChanged);

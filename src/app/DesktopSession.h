@@ -2,6 +2,7 @@
 
 #include "app/AppDelegate.h"
 #include "app/AudioEngineHost.h"
+#include "app/StatusItem.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 #include "platform/linux/service/MirlBusService.h"
 #include "platform/linux/x11/X11Workspace.h"
@@ -14,6 +15,7 @@ class QMenu;
 namespace MirlPlayer {
 
 class NotchPanelHost;
+class SettingsWindow;
 class SpotifyPlayRequest;
 
 // The program in a Linux desktop session: the players over MPRIS, the delegate with the
@@ -29,6 +31,8 @@ public:
     // The launch sequence; runs once the event loop has started.
     void launch();
     AppDelegate& delegate() { return m_delegate; }
+    // Whether the status item can be seen (for the setup assistant's advice).
+    bool statusItemVisible() const { return m_statusVisibility.visible(); }
 
 private:
     void buildPanel(AppDelegate& app);
@@ -40,8 +44,11 @@ private:
     X11Workspace m_workspace;
     AudioEngineHost m_audio;
     std::unique_ptr<SpotifyPlayRequest> m_playRequests;
+    StatusItemVisibility m_statusVisibility;
+    std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<NotchPanelHost> m_panel;
-    std::unique_ptr<QMenu> m_contextMenu; // the last one popped up from the panel
+    std::unique_ptr<SettingsWindow> m_settings; // built at first use, then kept
+    std::unique_ptr<QMenu> m_contextMenu;       // the last one popped up from the panel
 };
 
 } // namespace MirlPlayer

@@ -137,7 +137,8 @@ namespace {
 std::optional<MemorySnapshot> decodeSnapshot(const QJsonObject& o) {
     MemorySnapshot s;
     s.savedNext.reset();
-    if (!string(o, u"owner", s.owner) || !items(o.value(u"saved"), s.saved) ||
+    StringPool pool;
+    if (!string(o, u"owner", s.owner) || !items(o.value(u"saved"), s.saved, &pool) ||
         !optionalString(o, u"savedNext", s.savedNext) || !o.value(u"complete").isBool() ||
         !o.value(u"pages").isObject() || !o.value(u"positions").isObject())
         return std::nullopt;

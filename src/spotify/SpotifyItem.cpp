@@ -48,8 +48,10 @@ QString capitalized(const QString& word) {
 std::optional<QStringList> stringList(const QJsonValue& value) {
     if (!value.isArray())
         return std::nullopt;
+    const QJsonArray array = value.toArray();
     QStringList out;
-    for (const QJsonValue& v : value.toArray()) {
+    out.reserve(array.size());
+    for (const QJsonValue& v : array) {
         if (!v.isString())
             return std::nullopt;
         out.append(v.toString());
@@ -205,28 +207,44 @@ QJsonObject SpotifyItem::toStored() const {
     return o;
 }
 
-std::optional<SpotifyItem> SpotifyItem::fromStored(const QJsonObject& o) {
+std::optional<SpotifyItem> SpotifyItem::fromStored(const QJsonObject& o, StringPool* pool) {
     using namespace Stored;
     SpotifyItem item;
     if (!string(o, u"id", item.id) || !string(o, u"name", item.name) ||
         !string(o, u"subtitle", item.subtitle) || !string(o, u"kind", item.kind) ||
         !string(o, u"uri", item.uri) || !string(o, u"detail", item.detail))
         return std::nullopt;
-    if (!o.value(u"explicit").isBool())
+    const QJsonValue explicitValue = o.value(u"explicit");
+    if (!explicitValue.isBool())
         return std::nullopt;
-    item.explicit_ = o.value(u"explicit").toBool();
+    item.explicit_ = explicitValue.toBool();
     auto ids = stringList(o.value(u"artistIDs"));
     auto names = stringList(o.value(u"artistNames"));
     if (!ids || !names)
         return std::nullopt;
-    item.artistIDs = *ids;
-    item.artistNames = *names;
+    item.artistIDs = std::move(*ids);
+    item.artistNames = std::move(*names);
     // Optional keys: absent is fine, present with the wrong type spoils the record.
     if (!optionalURL(o, u"image", item.image) || !optionalURL(o, u"largeImage", item.largeImage) ||
         !optionalString(o, u"albumURI", item.albumURI) ||
         !optionalString(o, u"albumName", item.albumName) ||
         !optionalInteger(o, u"durationMs", item.durationMs))
         return std::nullopt;
+    // `id` and `uri` are one text; artists, albums and kinds repeat across a whole library.
+    if (item.uri == item.id)
+        item.uri = item.id;
+    if (pool) {
+        pool->share(item.kind);
+        pool->share(item.subtitle);
+        for (QString& id : item.artistIDs)
+            pool->share(id);
+        for (QString& name : item.artistNames)
+            pool->share(name);
+        if (item.albumURI)
+            pool->share(*item.albumURI);
+        if (item.albumName)
+            pool->share(*item.albumName);
+    }
     return item;
 }
 

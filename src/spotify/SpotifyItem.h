@@ -2,12 +2,29 @@
 
 #include <QJsonObject>
 #include <QList>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 #include <QUrl>
 #include <optional>
 
 namespace MirlPlayer {
+
+// Equal texts of one document share one string: a library of thousands of songs names the same
+// artists, albums and kinds over and over.
+class StringPool {
+public:
+    void share(QString& text) {
+        const auto known = m_known.constFind(text);
+        if (known != m_known.cend())
+            text = *known;
+        else
+            m_known.insert(text);
+    }
+
+private:
+    QSet<QString> m_known;
+};
 
 // The one record of anything Spotify calls a track, album, artist or playlist: in lists, in the
 // library memory, in the search history and in the queue. `id` and `uri` both hold the Spotify
@@ -33,7 +50,9 @@ struct SpotifyItem {
     // The stored form: the keys above in field order, optional ones left out when absent.
     QJsonObject toStored() const;
     // Fails on a missing or mistyped required key; the caller then throws the whole document away.
-    static std::optional<SpotifyItem> fromStored(const QJsonObject& object);
+    // With a pool, repeated texts are shared with the pool's earlier items.
+    static std::optional<SpotifyItem> fromStored(const QJsonObject& object,
+                                                 StringPool* pool = nullptr);
 };
 
 // One page of items, with the absolute address of the next page, if any.

@@ -5,6 +5,7 @@
 #include "core/Preferences.h"
 #include "core/PrivateFile.h"
 
+#include <QCoro/QCoroFuture>
 #include <QCoro/QCoroNetworkReply>
 #include <QCoro/QCoroSignal>
 #include <QCryptographicHash>
@@ -456,24 +457,23 @@ QCoro::Task<void> SpotifyLibrary::runRefresh(std::shared_ptr<RefreshFlight> flig
     } catch (...) {
         flight->error = std::current_exception();
     }
-    flight->done = true;
     if (m_refreshTask == flight)
         m_refreshTask.reset();
-    Q_EMIT refreshLanded();
+    flight->landed.finish();
 }
 
 QCoro::Task<void> SpotifyLibrary::refreshToken(int generation) {
-    if (!m_refreshTask) {
-        m_refreshTask = std::make_shared<RefreshFlight>();
-        runRefresh(m_refreshTask, generation);
+    std::shared_ptr<RefreshFlight> flight = m_refreshTask;
+    if (!flight) {
+        flight = m_refreshTask = std::make_shared<RefreshFlight>();
+        flight->landed.start();
+        runRefresh(flight, generation);
     }
     // Whoever started it, every waiter gets its outcome.
-    const std::shared_ptr<RefreshFlight> flight = m_refreshTask;
-    while (flight && !flight->done)
-        co_await qCoro(this, &SpotifyLibrary::refreshLanded);
+    co_await flight->landed.future();
     if (generation != m_generation)
         throw SpotifyCancellation();
-    if (flight && flight->error)
+    if (flight->error)
         std::rethrow_exception(flight->error);
 }
 

@@ -11,6 +11,7 @@
 #include <QMap>
 #include <QNetworkAccessManager>
 #include <QObject>
+#include <QPromise>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -185,12 +186,12 @@ Q_SIGNALS:
     void grantedScopesChanged();
     // The session was reset; the library memory of the account goes with it.
     void sessionReset();
-    // A token refresh in flight has ended, one way or the other.
-    void refreshLanded();
 
 private:
+    // The one token refresh in flight. Every waiter awaits the same future, which ends once and
+    // stays ended: no waiter can be woken twice or miss the end.
     struct RefreshFlight {
-        bool done = false;
+        QPromise<void> landed;
         std::exception_ptr error;
     };
     struct DeviceCache {

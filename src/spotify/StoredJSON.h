@@ -64,7 +64,7 @@ inline bool optionalInteger(const QJsonObject& o, QStringView key, std::optional
     return true;
 }
 
-inline bool items(const QJsonValue& value, QList<SpotifyItem>& out) {
+inline bool items(const QJsonValue& value, QList<SpotifyItem>& out, StringPool* pool = nullptr) {
     if (!value.isArray())
         return false;
     const QJsonArray list = value.toArray();
@@ -72,7 +72,7 @@ inline bool items(const QJsonValue& value, QList<SpotifyItem>& out) {
     for (const QJsonValue& entry : list) {
         if (!entry.isObject())
             return false;
-        auto item = SpotifyItem::fromStored(entry.toObject());
+        auto item = SpotifyItem::fromStored(entry.toObject(), pool);
         if (!item)
             return false;
         out.append(std::move(*item));

@@ -204,27 +204,15 @@ StandInWindowManager::~StandInWindowManager() {
         XCloseDisplay(m_display);
 }
 
-RootProperty::RootProperty(const char* name, const QList<QByteArray>& atoms)
+RootProperty::RootProperty(const char* name, QList<long> cardinals, const QList<QByteArray>& atoms)
     : m_display(XOpenDisplay(nullptr))
     , m_name(name) {
     if (!m_display)
         return;
-    std::vector<Atom> values;
     for (const auto& a : atoms)
-        values.push_back(XInternAtom(m_display, a.constData(), False));
+        cardinals.append(long(XInternAtom(m_display, a.constData(), False)));
     XChangeProperty(m_display, DefaultRootWindow(m_display), XInternAtom(m_display, name, False),
-                    XA_ATOM, 32, PropModeReplace,
-                    reinterpret_cast<const unsigned char*>(values.data()), int(values.size()));
-    XSync(m_display, False);
-}
-
-RootProperty::RootProperty(const char* name, const QList<long>& cardinals)
-    : m_display(XOpenDisplay(nullptr))
-    , m_name(name) {
-    if (!m_display)
-        return;
-    XChangeProperty(m_display, DefaultRootWindow(m_display), XInternAtom(m_display, name, False),
-                    XA_CARDINAL, 32, PropModeReplace,
+                    atoms.isEmpty() ? XA_CARDINAL : XA_ATOM, 32, PropModeReplace,
                     reinterpret_cast<const unsigned char*>(cardinals.data()),
                     int(cardinals.size()));
     XSync(m_display, False);

@@ -91,11 +91,10 @@ private:
 };
 
 // A property on the root window, as a window manager would set it, removed again with its
-// owner. Values are atoms (names) or cardinals.
+// owner: cardinals, or atoms when names are given.
 class RootProperty {
 public:
-    RootProperty(const char* name, const QList<QByteArray>& atoms);
-    RootProperty(const char* name, const QList<long>& cardinals);
+    RootProperty(const char* name, QList<long> cardinals, const QList<QByteArray>& atoms = {});
     ~RootProperty();
     RootProperty(const RootProperty&) = delete;
     RootProperty& operator=(const RootProperty&) = delete;

@@ -125,8 +125,8 @@ private Q_SLOTS:
         QFETCH(QRect, geometry);
         QFETCH(bool, barInWorkArea);
         QFETCH(bool, hidden);
-        RootProperty supported("_NET_SUPPORTED", QList<QByteArray>{"_NET_WM_STATE_FULLSCREEN"});
-        RootProperty area("_NET_WORKAREA", QList<long>{0, barInWorkArea ? 32 : 0, 1512, 950});
+        RootProperty supported("_NET_SUPPORTED", {}, {"_NET_WM_STATE_FULLSCREEN"});
+        RootProperty area("_NET_WORKAREA", {0, barInWorkArea ? 32 : 0, 1512, 950});
         std::optional<ForeignWindow> panel;
         if (topPanel)
             panel.emplace(QRect(0, 0, 1512, 28),

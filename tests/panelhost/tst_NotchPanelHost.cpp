@@ -4,12 +4,15 @@
 #include "playback/PlayerState.h"
 
 #include <QGuiApplication>
+#include <QPainter>
 #include <QProcess>
 #include <QQmlComponent>
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QQuickWindow>
+#include <QRasterWindow>
+#include <QScreen>
 #include <QTest>
 
 using namespace MirlPlayer;
@@ -19,6 +22,29 @@ void pointerTo(int x, int y) {
     QProcess::execute(QStringLiteral("xdotool"),
                       {QStringLiteral("mousemove"), QString::number(x), QString::number(y)});
 }
+
+int largestDifference(const QImage& a, const QImage& b) {
+    if (a.size() != b.size())
+        return 255;
+    int largest = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x) {
+            const QRgb p = a.pixel(x, y), q = b.pixel(x, y);
+            largest = std::max({largest, std::abs(qRed(p) - qRed(q)),
+                                std::abs(qGreen(p) - qGreen(q)), std::abs(qBlue(p) - qBlue(q))});
+        }
+    }
+    return largest;
+}
+
+// Another application's window under the panel, counting the presses that reach it.
+struct WindowBeneath : QRasterWindow {
+    int presses = 0;
+    void mousePressEvent(QMouseEvent*) override { ++presses; }
+    void paintEvent(QPaintEvent*) override {
+        QPainter(this).fillRect(QRect(QPoint(), size()), Qt::darkCyan);
+    }
+};
 } // namespace
 
 class tst_NotchPanelHost : public QObject {
@@ -84,7 +110,8 @@ private Q_SLOTS:
         NotchPanelHost host(player, in, out);
         QVERIFY(host.show());
         QVERIFY(QTest::qWaitForWindowExposed(host.window()));
-        QCOMPARE(host.window()->geometry(), QRect(0, 0, 1512, 498));
+        // The window covers the pill and its margin only.
+        QCOMPARE(host.window()->geometry(), QRect(699, 14, 114, 72));
         QCOMPARE(host.shape(), QRectF(723, 38, 66, 24));
         QCOMPARE(host.panel()->inputRegion(), QRect());
 
@@ -99,6 +126,46 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!host.expanded(), 2000);
         QTRY_COMPARE_WITH_TIMEOUT(host.shape(), QRectF(723, 38, 66, 24), 3000);
         QCOMPARE(host.panel()->level(), 27);
+    }
+
+    void thePillKeepsItsPixelsThroughAnOpenAndCloseAndClicksBesideItFallThrough() {
+        PlayerState player(nullptr);
+        NotchPanelController::Inputs in;
+        in.showVisualizer = [] { return false; };
+        NotchPanelController::Outputs out;
+        out.broadcast = [](const MirlState&) {};
+        pointerTo(100, 900);
+        WindowBeneath beneath;
+        beneath.setFlags(Qt::Window | Qt::FramelessWindowHint | Qt::X11BypassWindowManagerHint);
+        beneath.setGeometry(600, 0, 312, 200);
+        beneath.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&beneath));
+        NotchPanelHost host(player, in, out);
+        QVERIFY(host.show());
+        QVERIFY(QTest::qWaitForWindowExposed(host.window()));
+        const QRect rest = host.window()->geometry();
+        QScreen* screen = QGuiApplication::primaryScreen();
+        QTest::qWait(300); // the first frames
+        const QImage before = screen->grabWindow(0, 713, 28, 86, 44).toImage();
+
+        pointerTo(756, 52);
+        QTRY_VERIFY_WITH_TIMEOUT(host.expanded(), 2000);
+        QTRY_VERIFY_WITH_TIMEOUT(host.window()->geometry().contains(QRect(632, 38, 248, 336)),
+                                 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(host.shape(), QRectF(632, 38, 248, 336), 3000);
+        pointerTo(100, 900);
+        QTRY_VERIFY_WITH_TIMEOUT(!host.expanded(), 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(host.window()->geometry(), rest, 3000);
+        QTest::qWait(300);
+        // The same pixels, up to the rasteriser's rounding; a shift of one pixel shows at the
+        // pill's edge as a difference of more than a hundred levels.
+        QCOMPARE_LE(largestDifference(screen->grabWindow(0, 713, 28, 86, 44).toImage(), before), 8);
+
+        // Inside the window's margin, just left of the pill: the press goes to the window beneath.
+        pointerTo(718, 50);
+        QProcess::execute(QStringLiteral("xdotool"),
+                          {QStringLiteral("click"), QStringLiteral("1")});
+        QTRY_COMPARE(beneath.presses, 1);
     }
 };
 

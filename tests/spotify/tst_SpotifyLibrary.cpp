@@ -478,9 +478,13 @@ private Q_SLOTS:
         QCOMPARE(m_server->refreshCount, 1);
         m_clock->advance(3600.0); // the token has expired
         m_server->requests.clear();
-        m_server->tokenDelayMs = 100;
+        m_server->tokenDelayMs = 300;
         QList<std::shared_ptr<Outcome<QJsonObject>>> outs;
-        for (int i = 0; i < 10; ++i)
+        for (int i = 0; i < 5; ++i)
+            outs.append(start(m_lib->getJSON("me/player/devices")));
+        // The rest join while the refresh is on the wire.
+        QTRY_COMPARE(m_server->refreshCount, 2);
+        for (int i = 0; i < 5; ++i)
             outs.append(start(m_lib->getJSON("me/player/devices")));
         for (auto& out : outs) {
             QVERIFY(finished(out));
@@ -531,6 +535,23 @@ private Q_SLOTS:
         QCOMPARE(m_server->requests.size(), requests);
         QVERIFY(!QFile::exists(SpotifyLibrary::signInFilePath()));
         QVERIFY(!m_lib->connected());
+    }
+
+    void signOutDuringARefreshCancels() {
+        signedIn();
+        m_server->tokenDelayMs = 300;
+        auto waiting = start(m_lib->getJSON("me"));
+        QTRY_COMPARE(m_server->refreshCount, 1);
+        m_lib->resetSession();
+        // A second flight starts while the first is still landing: each waiter ends once.
+        auto next = start(m_lib->getJSON("me"));
+        auto joined = start(m_lib->getJSON("me"));
+        QVERIFY(finished(waiting) && finished(next) && finished(joined));
+        QCOMPARE(waiting->message(), QStringLiteral("cancelled"));
+        QCOMPARE(joined->message(), next->message());
+        QCOMPARE(m_server->refreshCount, 2);
+        QVERIFY(!m_lib->hasAccessToken());
+        QCOMPARE(m_server->apiRequestCount(), 0);
     }
 
     // --- likes ---

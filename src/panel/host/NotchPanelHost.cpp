@@ -29,6 +29,8 @@ NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs
                                                           std::move(inputs), std::move(outputs));
     m_motion = std::make_unique<PillMotion>(*m_controller->layout());
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::geometryChanged);
+    connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateDrawnRect);
+    connect(m_motion.get(), &PillMotion::movingChanged, this, &NotchPanelHost::updateDrawnRect);
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateBlur);
     connect(&m_theme, &Theme::backgroundStyleIDChanged, this, &NotchPanelHost::updateBlur);
     connect(m_controller->layout(), &NotchLayout::libraryOpenChanged, this,
@@ -65,6 +67,25 @@ void NotchPanelHost::openItem(const QVariantMap& item) {
     m_controller->setLibraryOpen(true);
 }
 
+void NotchPanelHost::updateDrawnRect() {
+    if (!m_panel)
+        return;
+    const double m = drawnMargin;
+    const QRectF drawn = shape().adjusted(-m, -m, m, m);
+    if (m_motion->moving()) {
+        // Before and during a move the window holds where the shape is, was and is going, so
+        // the window grows once before an opening and never clips a frame of it.
+        const NotchLayout* layout = m_controller->layout();
+        const QSizeF size = layout->pillSize();
+        const QRectF target(layout->pillCenterX() - size.width() / 2, layout->pillTop(),
+                            size.width(), size.height());
+        m_drawn = m_drawn.united(drawn).united(target.adjusted(-m, -m, m, m));
+    } else {
+        m_drawn = drawn; // settled: shrink to the shape
+    }
+    m_panel->setDrawnRect(m_drawn);
+}
+
 void NotchPanelHost::updateBlur() {
     if (!m_view)
         return;
@@ -73,7 +94,7 @@ void NotchPanelHost::updateBlur() {
         PlayerBackdrop::effectiveForm(m_theme.backgroundStyleID(), false, false);
     const bool glass = form != PlayerBackground::solid && m_blur.available();
     const double dpr = m_view->devicePixelRatio();
-    const QRectF s = shape();
+    const QRectF s = shape().translated(m_panel ? -m_panel->contentOffset() : QPoint());
     const QRectF px(s.x() * dpr, s.y() * dpr, s.width() * dpr, s.height() * dpr);
     m_blur.apply(m_view->winId(), glass ? SurfaceGeometry::roundedRegion(px, cornerRadius() * dpr)
                                         : QVector<QRect>());
@@ -84,6 +105,8 @@ bool NotchPanelHost::show() {
     m_view = std::make_unique<QQuickView>();
     m_artwork = new ArtworkImageProvider;
     m_view->engine()->addImageProvider(QStringLiteral("artwork"), m_artwork);
+    if (m_engineSetup)
+        m_engineSetup(*m_view->engine());
     X11NotchPanel::configure(m_view.get());
     m_view->setColor(Qt::transparent);
     m_view->setResizeMode(QQuickView::SizeRootObjectToView);
@@ -103,10 +126,16 @@ bool NotchPanelHost::show() {
             item->setFocus(false);
     };
     m_panel->onContextMenu = m_contextMenu;
+    // The window covers only what is drawn; the content moves so that the panel's coordinates
+    // stay the frame's.
+    m_panel->onContentOffset = [this](QPoint offset) {
+        m_view->contentItem()->setPosition(-offset);
+    };
     m_panel->editableTextAt = [this](QPointF p) {
         return editableTextAt(m_view->contentItem(), p);
     };
     m_controller->start(m_panel.get());
+    updateDrawnRect();
     updateBlur();
     return true;
 }

@@ -13,9 +13,11 @@
 
 #include <QObject>
 #include <QRectF>
+#include <functional>
 #include <memory>
 
 class QQuickItem;
+class QQmlEngine;
 class QQuickView;
 
 namespace MirlPlayer {
@@ -47,6 +49,10 @@ public:
     // Builds the view and starts the controller. False when the view could not be loaded.
     bool show();
 
+    // Runs on the view's engine before the surface loads, for modules the surface may import.
+    void setEngineSetup(std::function<void(QQmlEngine&)> setup) {
+        m_engineSetup = std::move(setup);
+    }
     QQuickView* window() const { return m_view.get(); }
     NotchPanelController& controller() { return *m_controller; }
     X11NotchPanel* panel() const { return m_panel.get(); }
@@ -54,6 +60,8 @@ public:
 
     bool expanded() const { return m_controller->layout()->expanded(); }
     QRectF shape() const;
+    // Room kept around the shape in the window: the shadow, and a spring's overshoot.
+    static constexpr double drawnMargin = 24;
     QString artworkSource() const { return m_artworkSource; }
     bool animatesShape() const { return true; }
     double cornerRadius() const { return m_motion->cornerRadius(); }
@@ -81,6 +89,7 @@ Q_SIGNALS:
 private:
     void updateArtwork();
     void updateBlur();
+    void updateDrawnRect();
 
     PlayerState& m_player;
     Theme& m_theme;
@@ -94,12 +103,14 @@ private:
     std::unique_ptr<NotchPanelController> m_controller;
     std::unique_ptr<PillMotion> m_motion;
     std::unique_ptr<QQuickView> m_view;
+    std::function<void(QQmlEngine&)> m_engineSetup;
     std::unique_ptr<X11NotchPanel> m_panel;
     X11BlurBehind m_blur;
     ArtworkImageProvider* m_artwork = nullptr; // owned by the view's engine
     int m_artworkGeneration = 0;
     QString m_artworkSource;
     std::function<bool(QPoint)> m_contextMenu;
+    QRectF m_drawn;
 };
 
 } // namespace MirlPlayer

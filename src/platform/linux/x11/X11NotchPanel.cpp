@@ -1,11 +1,14 @@
 #include "platform/linux/x11/X11NotchPanel.h"
 
+#include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11Screens.h"
 
 #include <QEvent>
 #include <QMouseEvent>
 #include <QPropertyAnimation>
 #include <QWindow>
+
+#include <xcb/xcb.h>
 
 namespace MirlPlayer {
 
@@ -42,8 +45,43 @@ void X11NotchPanel::setFrame(const QRectF& frame) {
     if (m_frame == frame)
         return;
     m_frame = frame;
-    if (m_window)
-        m_window->setGeometry(ScreenFlip::current().toTopLeft(frame).toRect());
+    applyGeometry();
+}
+
+void X11NotchPanel::setDrawnRect(const QRectF& rect) {
+    if (m_drawn == rect)
+        return;
+    m_drawn = rect;
+    applyGeometry();
+}
+
+void X11NotchPanel::applyGeometry() {
+    if (!m_window)
+        return;
+    const QRect frame = ScreenFlip::current().toTopLeft(m_frame).toRect();
+    QRect target = frame;
+    if (!m_drawn.isEmpty())
+        target = m_drawn.toAlignedRect().translated(frame.topLeft()).intersected(frame);
+    if (target.isEmpty())
+        target = frame;
+    // What is drawn stays where it is on screen while the window's edges move around it.
+    if (!m_staticGravity && m_window->handle()) {
+        if (xcb_connection_t* c = X11::connection()) {
+            const quint32 gravity = XCB_GRAVITY_STATIC;
+            xcb_change_window_attributes(c, xcb_window_t(m_window->winId()), XCB_CW_BIT_GRAVITY,
+                                         &gravity);
+            m_staticGravity = true;
+        }
+    }
+    const QPoint offset = target.topLeft() - frame.topLeft();
+    if (offset != m_offset) {
+        m_offset = offset;
+        if (onContentOffset)
+            onContentOffset(offset);
+    }
+    if (m_window->geometry() != target)
+        m_window->setGeometry(target);
+    applyInputRegion();
 }
 
 void X11NotchPanel::orderFrontRegardless() {
@@ -51,7 +89,9 @@ void X11NotchPanel::orderFrontRegardless() {
         return;
     if (!m_window->isVisible()) {
         m_window->show();
-        applyInputRegion(true); // the native window may be new
+        m_staticGravity = false; // the native window may be new
+        applyGeometry();
+        applyInputRegion(true);
     }
     m_window->raise();
 }
@@ -81,7 +121,7 @@ void X11NotchPanel::applyInputRegion(bool force) {
     QRect region;
     if (!m_ignores && !m_hitRect.isEmpty()) {
         const double dpr = m_window->devicePixelRatio();
-        const QRectF r = m_hitRect;
+        const QRectF r = m_hitRect.translated(-m_offset); // the window starts at the offset
         region =
             QRectF(r.x() * dpr, r.y() * dpr, r.width() * dpr, r.height() * dpr).toAlignedRect();
     }

@@ -16,6 +16,10 @@ namespace MirlPlayer {
 // Drives a Qt window as the notch panel on X11: frame in screen points, stacking, fading, and
 // click-through everywhere except the hit rectangle by an XShape input region (drawing is left
 // whole). It also notes presses inside the window for the controller's drag rule.
+// The frame is the panel's coordinate space; the X window itself covers only the drawn part of
+// it (`setDrawnRect`), so the server, the compositor and the rasteriser handle no more pixels
+// than the pill or the card has. Its content is offset to match, and the window's bit gravity
+// is static, so what is drawn keeps its screen pixels while the window grows or shrinks.
 class X11NotchPanel : public QObject, public NotchPanel {
     Q_OBJECT
 public:
@@ -29,6 +33,13 @@ public:
     void setLevel(int level) override;
     QRectF frame() const override { return m_frame; }
     void setFrame(const QRectF& frame) override;
+    // The part of the frame the window covers, in the frame's own coordinates (top-left origin,
+    // as the view draws); empty for the whole frame.
+    void setDrawnRect(const QRectF& rect);
+    // Where the window's top left lies in the frame (logical pixels): the view's content is
+    // moved up and left by this much.
+    QPoint contentOffset() const { return m_offset; }
+    std::function<void(QPoint)> onContentOffset;
     void orderFrontRegardless() override;
     void orderOut() override;
     void setIgnoresMouseEvents(bool ignores) override;
@@ -55,10 +66,14 @@ protected:
 
 private:
     void applyInputRegion(bool force = false);
+    void applyGeometry();
 
     QPointer<QWindow> m_window;
     X11InputRegion m_region;
     QRectF m_frame;
+    QRectF m_drawn;
+    QPoint m_offset;
+    bool m_staticGravity = false;
     int m_level = 0;
     bool m_ignores = true;
     QRectF m_hitRect;

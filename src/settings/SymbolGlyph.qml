@@ -1,0 +1,42 @@
+import QtQuick
+
+// A small line icon drawn here, so the window looks the same under every icon theme.
+Canvas {
+    id: glyph
+    property string symbol
+    property color colour: SettingsStyle.secondaryText
+    width: 14
+    height: 14
+    onSymbolChanged: requestPaint()
+    onColourChanged: requestPaint()
+    onPaint: {
+        const g = getContext("2d")
+        g.reset()
+        g.strokeStyle = colour
+        g.fillStyle = colour
+        g.lineWidth = 1.6
+        g.lineCap = "round"
+        g.beginPath()
+        if (symbol === "search") {
+            g.arc(6, 6, 4.2, 0, Math.PI * 2)
+            g.moveTo(9.2, 9.2); g.lineTo(13, 13)
+        } else if (symbol === "chevron.right") {
+            g.moveTo(5, 2.5); g.lineTo(9.5, 7); g.lineTo(5, 11.5)
+        } else if (symbol === "chevron.down") {
+            g.moveTo(2.5, 5); g.lineTo(7, 9.5); g.lineTo(11.5, 5)
+        } else if (symbol === "waveform") {
+            const bars = [4, 8, 12, 7, 3]
+            for (let i = 0; i < bars.length; ++i) {
+                const x = 2 + i * 2.5
+                g.moveTo(x, 7 - bars[i] / 2); g.lineTo(x, 7 + bars[i] / 2)
+            }
+        } else if (symbol === "exclamationmark.circle") {
+            g.arc(7, 7, 5.6, 0, Math.PI * 2)
+            g.moveTo(7, 4); g.lineTo(7, 7.6)
+            g.moveTo(7, 10); g.lineTo(7, 10.2)
+        } else if (symbol === "checkmark") {
+            g.moveTo(2.5, 7.5); g.lineTo(5.8, 10.8); g.lineTo(11.5, 3.5)
+        }
+        g.stroke()
+    }
+}

@@ -1,0 +1,72 @@
+// Pictures of the settings window for the demo: every page, and a search, drawn by the real
+// window over the shipped settings in a private home. Needs a display; the demo runs it on its
+// virtual screen. Writes settings-<page>.png, settings-spotify-guide.png and settings-search.png
+// into the folder given.
+#include "look/LookTypes.h"
+#include "settings/SettingsModel.h"
+#include "settings/SettingsPage.h"
+#include "settings/SettingsWindow.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QEventLoop>
+#include <QQuickWindow>
+#include <QTemporaryDir>
+#include <QTimer>
+
+using namespace MirlPlayer;
+
+namespace {
+
+void settle(int ms) {
+    QEventLoop loop;
+    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+QString fileName(SettingsPage page) {
+    QString name = SettingsPages::title(page).toLower();
+    return QStringLiteral("settings-") + name.section(u' ', 0, 0) + QStringLiteral(".png");
+}
+
+} // namespace
+
+int main(int argc, char* argv[]) {
+    // Never the user's own settings: everything the window reads lives in a throwaway home.
+    QTemporaryDir home;
+    for (const char* name :
+         {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
+        qputenv(name, home.filePath(QString::fromLatin1(name)).toUtf8());
+
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("MIRL PRO"));
+    const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QDir::currentPath();
+    registerLookTypes();
+
+    SettingsWindow settings(QStringLiteral("0.1.0 (?)"));
+    settings.open();
+    if (!settings.window())
+        return 1;
+    int failures = 0;
+    for (SettingsPage page : SettingsPages::all()) {
+        settings.model()->setSelection(int(page));
+        settle(400);
+        if (!settings.window()->grabWindow().save(QDir(out).filePath(fileName(page))))
+            ++failures;
+    }
+    // The Spotify setup guide, as "Show step-by-step setup" opens it.
+    settings.model()->setSelection(int(SettingsPage::spotify));
+    settle(200);
+    if (QObject* guide = settings.window()->findChild<QObject*>(QStringLiteral("showGuide")))
+        QMetaObject::invokeMethod(guide, "clicked");
+    settle(400);
+    if (!settings.window()->grabWindow().save(
+            QDir(out).filePath(QStringLiteral("settings-spotify-guide.png"))))
+        ++failures;
+    settings.model()->setSearch(QStringLiteral("glass"));
+    settle(400);
+    if (!settings.window()->grabWindow().save(
+            QDir(out).filePath(QStringLiteral("settings-search.png"))))
+        ++failures;
+    return failures;
+}
