@@ -14,11 +14,12 @@ endfunction()
 
 # mirl_add_test(<name> SOURCES <files...> LIBS <targets...> [LABELS <labels...>] [TIMEOUT <s>])
 # One Qt Test executable registered with CTest. Every test gets a private HOME and XDG folders so
-# that nothing a test writes can touch the user's files or another test's.
+# that nothing a test writes can touch the user's files or another test's; run by hand, the
+# binary makes its own (tests/support/PrivateHome.cpp).
 function(mirl_add_test name)
   cmake_parse_arguments(T "" "TIMEOUT" "SOURCES;LIBS;LABELS" ${ARGN})
   add_executable(${name} ${T_SOURCES})
-  target_link_libraries(${name} PRIVATE Qt6::Test ${T_LIBS})
+  target_link_libraries(${name} PRIVATE Qt6::Test mirl_test_home ${T_LIBS})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
   add_test(NAME ${name} COMMAND ${name})
   set(home ${CMAKE_CURRENT_BINARY_DIR}/home/${name})
@@ -31,7 +32,7 @@ function(mirl_add_test name)
   set_tests_properties(${name} PROPERTIES
     LABELS "${T_LABELS}"
     TIMEOUT ${T_TIMEOUT}
-    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_CACHE_HOME=${home}/cache;XDG_DATA_HOME=${home}/data;XDG_STATE_HOME=${home}/state;MIRL_TEST_DATA=${PROJECT_SOURCE_DIR}/tests/data;MIRL_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
+    ENVIRONMENT "QT_QPA_PLATFORM=offscreen;MIRL_TEST_HOME=${home};HOME=${home};XDG_CONFIG_HOME=${home}/config;XDG_CACHE_HOME=${home}/cache;XDG_DATA_HOME=${home}/data;XDG_STATE_HOME=${home}/state;MIRL_TEST_DATA=${PROJECT_SOURCE_DIR}/tests/data;MIRL_SOURCE_DIR=${PROJECT_SOURCE_DIR}")
 endfunction()
 
 # mirl_add_bench(<name> SOURCES <files...> LIBS <targets...>)

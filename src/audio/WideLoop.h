@@ -5,8 +5,8 @@
 // when the program starts. Processors of the v4 level gain wider vectors, twice the vector
 // registers and two-source shuffles; here that is about a twentieth of the analysis.
 // Elsewhere (other architectures, or without the loader's support) the function is compiled once,
-// as usual.
-#if defined(__x86_64__) && defined(__ELF__) && defined(__GNUC__)
+// as usual. MIRL_PLAIN_LOOPS builds the plain form everywhere, for bench/analysis to compare.
+#if defined(__x86_64__) && defined(__ELF__) && defined(__GNUC__) && !defined(MIRL_PLAIN_LOOPS)
 #define MIRL_WIDE_LOOP __attribute__((target_clones("arch=x86-64-v4", "avx2", "default")))
 #else
 #define MIRL_WIDE_LOOP

@@ -3,11 +3,9 @@
 #include "core/Clock.h"
 #include "core/Preferences.h"
 #include "look/OKLab.h"
-#include "look/Ramp.h"
 
 #include <QVariantMap>
 #include <algorithm>
-#include <chrono>
 #include <cmath>
 
 namespace MirlPlayer {
@@ -57,9 +55,6 @@ constexpr double kMaxMotionSpeed = 2.0;
 constexpr double kFixedHueSweep = 0.14;
 constexpr double kAlbumHueSweep = 0.05;
 
-// A glide step each display frame.
-constexpr std::chrono::milliseconds kGlideInterval(16);
-
 double clampOpacity(double v) {
     return std::isfinite(v) ? std::clamp(v, 0.0, 1.0) : 0.5;
 }
@@ -107,13 +102,6 @@ double densityToSlider(double x) {
                             : 0.5 + 0.5 * (x - kMidDensity) / (1.0 - kMidDensity);
 }
 
-Palette padded(const Palette& p, qsizetype n) {
-    Palette out = p;
-    while (out.size() < n)
-        out.append(out.last());
-    return out;
-}
-
 QVariantMap choice(const QString& id, const QString& name, const QColor& colour) {
     return {{QStringLiteral("id"), id},
             {QStringLiteral("name"), name},
@@ -125,10 +113,12 @@ QVariantMap choice(const QString& id, const QString& name, const QColor& colour)
 Theme::Theme(Preferences& prefs, Clock& clock, QObject* parent)
     : QObject(parent)
     , m_prefs(prefs)
-    , m_clock(clock) {
-    m_glideTimer.setInterval(kGlideInterval);
-    m_glideTimer.setTimerType(Qt::PreciseTimer);
-    connect(&m_glideTimer, &QTimer::timeout, this, &Theme::stepGlide);
+    , m_glide(clock) {
+    connect(&m_glide, &PaletteGlide::stepped, this, &Theme::glideStepped);
+    connect(&m_glide, &PaletteGlide::settled, this, [this] {
+        Q_EMIT artPaletteChanged();
+        Q_EMIT coloursChanged();
+    });
     load();
 }
 
@@ -387,8 +377,9 @@ double Theme::frostedBlurStrength() const {
 
 Skin Theme::currentSkin() const {
     if (m_currentID == kAlbumSkinID) {
-        const HSB c =
-            m_artPalette && !m_artPalette->isEmpty() ? m_artPalette->first() : m_customHSB;
+        const HSB c = m_glide.palette() && !m_glide.palette()->isEmpty()
+                          ? m_glide.palette()->first()
+                          : m_customHSB;
         return {kAlbumSkinID, QStringLiteral("Album art"), c.h, c.s, c.b};
     }
     if (m_currentID == kCustomSkinID)
@@ -470,72 +461,31 @@ void Theme::setArtPalette(std::optional<Palette> palette) {
     if (palette && palette->isEmpty())
         palette.reset();
     m_lastArtwork = palette;
-    const Palette current =
-        m_artPalette && !m_artPalette->isEmpty() ? *m_artPalette : Palette{m_customHSB};
+    const std::optional<Palette>& shown = m_glide.palette();
+    const Palette current = shown && !shown->isEmpty() ? *shown : Palette{m_customHSB};
     // No cover means white, keeping the hue so a later glide starts from a sensible place.
     const Palette target = palette ? *palette : Palette{HSB{current.first().h, 0.0, 1.0}};
-    m_glideTimer.stop();
-    m_glideFrom.clear();
-    m_glideTo.clear();
-    m_glideTarget.clear();
-
     if (albumColours() && current != target) {
-        const qsizetype n = std::max(current.size(), target.size());
-        m_glideFrom = padded(current, n);
-        m_glideTo = padded(target, n);
-        m_glideTarget = target;
-        m_glideStart = m_clock.now();
-        m_glideTimer.start();
+        m_glide.glideTo(current, target);
         return;
     }
     // Without the album skin the palette is kept quietly, for when the user switches to it.
-    const bool changed = m_artPalette != target;
-    m_artPalette = target;
-    if (albumColours() && changed) {
+    if (m_glide.jumpTo(target) && albumColours()) {
         Q_EMIT artPaletteChanged();
         Q_EMIT coloursChanged();
     }
-}
-
-void Theme::stepGlide() {
-    if (m_glideTarget.isEmpty()) {
-        m_glideTimer.stop();
-        return;
-    }
-    const double elapsed = m_clock.now() - m_glideStart;
-    // The tolerance keeps clock rounding from costing the glide one extra frame.
-    if (elapsed >= glideDuration - 1e-9) {
-        m_glideTimer.stop();
-        m_artPalette = m_glideTarget;
-        m_glideFrom.clear();
-        m_glideTo.clear();
-        m_glideTarget.clear();
-        Q_EMIT artPaletteChanged();
-        Q_EMIT coloursChanged();
-        return;
-    }
-    const double e = smoothstep(std::clamp(elapsed / glideDuration, 0.0, 1.0));
-    Palette mixed;
-    mixed.reserve(m_glideFrom.size());
-    for (qsizetype i = 0; i < m_glideFrom.size(); ++i)
-        mixed.append(blend(m_glideFrom[i], m_glideTo[i], e));
-    m_artPalette = mixed;
-    Q_EMIT glideStepped();
 }
 
 HSB Theme::colorAt(std::optional<double> hue, double t) const {
     if (!std::isfinite(t))
         t = 0.5;
     const Skin skin = currentSkin();
-    if (m_currentID == kAlbumSkinID && m_artPalette && !m_artPalette->isEmpty()) {
-        const Palette& palette = *m_artPalette;
+    const std::optional<Palette>& art = m_glide.palette();
+    if (m_currentID == kAlbumSkinID && art && !art->isEmpty()) {
+        const Palette& palette = *art;
         HSB c;
         if (palette.size() > 1) {
-            if (m_rampSource != palette) {
-                m_ramp = makeRamp(palette, rampSize);
-                m_rampSource = palette;
-            }
-            c = m_ramp[std::lround(std::clamp(t, 0.0, 1.0) * (rampSize - 1))];
+            c = m_glide.rampAt(t);
         } else {
             const HSB& only = palette.first();
             c = {(0.5 - t) * kAlbumHueSweep + only.h, only.s, only.b};
@@ -554,8 +504,9 @@ QColor Theme::colorAtPosition(double t) const {
 
 QList<QVector4D> Theme::shaderRamp(int from, int to) const {
     QList<QVector4D> out;
-    for (int i = std::max(from, 0); i < std::min(to, rampSize); ++i) {
-        HSB c = colorAt(std::nullopt, double(i) / double(rampSize - 1));
+    const int size = PaletteGlide::rampSize;
+    for (int i = std::max(from, 0); i < std::min(to, size); ++i) {
+        HSB c = colorAt(std::nullopt, double(i) / double(size - 1));
         c.h -= std::floor(c.h);
         c.s = std::min(c.s * 0.95, 1.0);
         const RGB rgb = hsbToRgb(c);
@@ -565,14 +516,15 @@ QList<QVector4D> Theme::shaderRamp(int from, int to) const {
 }
 
 bool Theme::isColourlessCover() const {
-    return m_currentID == kAlbumSkinID && m_artPalette && m_artPalette->size() == 1 &&
-           m_artPalette->first().s < 0.05 && m_artPalette->first().b > 0.9;
+    const std::optional<Palette>& art = m_glide.palette();
+    return m_currentID == kAlbumSkinID && art && art->size() == 1 && art->first().s < 0.05 &&
+           art->first().b > 0.9;
 }
 
 QList<QColor> Theme::paletteColours() const {
     QList<QColor> out;
-    if (m_artPalette) {
-        for (const HSB& c : *m_artPalette)
+    if (const std::optional<Palette>& art = m_glide.palette()) {
+        for (const HSB& c : *art)
             out.append(toColor(c));
     }
     return out;

@@ -1,13 +1,13 @@
 #pragma once
 
 #include "look/HSB.h"
+#include "look/PaletteGlide.h"
 #include "look/Skin.h"
 
 #include <QColor>
 #include <QEasingCurve>
 #include <QList>
 #include <QObject>
-#include <QTimer>
 #include <QVariantList>
 #include <QVector4D>
 #include <optional>
@@ -65,11 +65,6 @@ class Theme : public QObject {
     Q_PROPERTY(QVariantList playerStyleChoices READ playerStyleChoices CONSTANT)
 
 public:
-    // How long a change of cover colours takes to glide to the new palette.
-    static constexpr double glideDuration = 0.9;
-    // Entries in the cached colour ramp from the lows to the highs.
-    static constexpr int rampSize = 96;
-
     Theme(Preferences& prefs, Clock& clock, QObject* parent = nullptr);
     ~Theme() override;
 
@@ -139,20 +134,18 @@ public:
     Q_INVOKABLE int motionMs(double seconds) const;
 
     // Artwork colours.
-    std::optional<Palette> artPalette() const { return m_artPalette; }
+    std::optional<Palette> artPalette() const { return m_glide.palette(); }
     std::optional<Palette> lastArtwork() const { return m_lastArtwork; }
     // Hands over the palette of a new cover, or none when there is no artwork. With the album
     // skin a change glides over 0.9 s; otherwise it is kept quietly for when the skin switches.
     void setArtPalette(std::optional<Palette> palette);
-    bool isGliding() const { return m_glideTimer.isActive(); }
-    // One step of the glide at the clock's present time; the glide timer calls this.
-    void stepGlide();
+    bool isGliding() const { return m_glide.isGliding(); }
 
     // The colour at position t (0 the lows, 1 the highs) along the spectrum.
     HSB colorAt(std::optional<double> hue, double t) const;
     Q_INVOKABLE QColor colorAtPosition(double t) const;
     // RGBA for ramp indices [from, to), index i being the colour at i / 95.
-    QList<QVector4D> shaderRamp(int from = 0, int to = rampSize) const;
+    QList<QVector4D> shaderRamp(int from = 0, int to = PaletteGlide::rampSize) const;
     bool isColourlessCover() const;
     QList<QColor> paletteColours() const;
 
@@ -192,10 +185,8 @@ private:
     void load();
     void writeCurrentID(const QString& id);
     void updateNeedsAudio();
-    void setArtPaletteAnnounced(const Palette& palette);
 
     Preferences& m_prefs;
-    Clock& m_clock;
 
     QString m_backgroundStyleID;
     double m_frostedGlassOpacity = 0.5;
@@ -213,16 +204,8 @@ private:
     HSB m_customHSB{0.5, 0.12, 1.0};
     bool m_needsAudio = true;
 
-    std::optional<Palette> m_artPalette;
     std::optional<Palette> m_lastArtwork;
-    QTimer m_glideTimer;
-    double m_glideStart = 0;
-    Palette m_glideFrom;
-    Palette m_glideTo; // padded to the length of m_glideFrom
-    Palette m_glideTarget;
-    // The ramp is rebuilt lazily, when a colour is asked for after the palette moved.
-    mutable Palette m_ramp;
-    mutable Palette m_rampSource;
+    PaletteGlide m_glide;
 };
 
 } // namespace MirlPlayer

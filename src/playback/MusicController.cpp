@@ -57,17 +57,9 @@ void MusicController::setPollingFast(bool fast) {
     });
 }
 
-bool MusicController::pollingFast() const {
-    bool fast = true;
-    const_cast<SerialQueue&>(m_queue).sync([&] { fast = m_pollingFast; });
-    return fast;
-}
-
-MusicController::PollSchedule MusicController::pollSchedule() const {
+MusicController::PollSchedule MusicController::pollSchedule() {
     PollSchedule schedule{};
-    const_cast<SerialQueue&>(m_queue).sync([&] {
-        schedule = {m_pollTimer->remainingTime(), int(m_pollRepeat * 1000)};
-    });
+    m_queue.sync([&] { schedule = {m_pollTimer->remainingTime(), m_pollTimer->interval()}; });
     return schedule;
 }
 

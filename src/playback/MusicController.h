@@ -86,13 +86,13 @@ public:
     double lastSampledAt() const { return m_lastSampledAt; }
     const QString& lastTrackKey() const { return m_lastTrackKey; }
     int artCacheSize() const { return m_artwork.cacheSize(); }
-    bool pollingFast() const; // poll-queue state, read through a sync hop
-    // When the next sample is due (milliseconds from now) and the period after it.
+    // When the next sample is due (milliseconds from now) and the poll timer's interval as it
+    // stands, read through a sync hop to the poll queue.
     struct PollSchedule {
         int nextInMs;
-        int repeatMs;
+        int intervalMs;
     };
-    PollSchedule pollSchedule() const;
+    PollSchedule pollSchedule();
     SerialQueue& queue() { return m_queue; }
     // Play requests and their read-back, so that a slow request never delays sampling.
     SerialQueue& playQueue() { return m_playQueue; }

@@ -39,50 +39,35 @@ class tst_AppDelegate : public QObject {
     };
 
 private Q_SLOTS:
-    void firstRunWaitsForTheAssistant() {
-        Rig rig; // no preferences and no shipped defaults
-        QVERIFY(!seedFactoryPreferences(rig.prefs, QString()));
+    void theLaunchWaitsForTheAssistantUnlessSetUpBefore_data() {
+        QTest::addColumn<QStringList>("stored"); // keys stored as true before the launch
+        QTest::addColumn<bool>("shipped");       // the shipped defaults are there to seed
+        QTest::addColumn<bool>("starts");
+        QTest::addColumn<int>("assistant");
+        QTest::newRow("first run, nothing shipped") << QStringList{} << false << false << 1;
+        QTest::newRow("fresh machine, seeded") << QStringList{} << true << false << 1;
+        QTest::newRow("history without showVisualizer")
+            << QStringList{"matchLoudness"} << true << false << 1;
+        QTest::newRow("older install plays, still sees the assistant")
+            << QStringList{"showVisualizer"} << true << true << 1;
+        QTest::newRow("set up") << QStringList{"setupCompleted", "setupAssistantFinished"} << true
+                                << true << 0;
+    }
+    void theLaunchWaitsForTheAssistantUnlessSetUpBefore() {
+        QFETCH(QStringList, stored);
+        QFETCH(bool, shipped);
+        QFETCH(bool, starts);
+        QFETCH(int, assistant);
+        Rig rig;
+        for (const QString& key : stored)
+            rig.prefs.setValue(key, true);
+        seedFactoryPreferences(rig.prefs, shipped ? QStringLiteral(SHIPPED_DEFAULTS) : QString());
         rig.delegate.applicationDidFinishLaunching();
-        QVERIFY(!rig.started());
-        QCOMPARE(rig.setupShown, 1);
-        QVERIFY(!rig.prefs.contains("setupCompleted"));
+        QCOMPARE(rig.started(), starts);
+        QCOMPARE(rig.setupShown, assistant);
+        QCOMPARE(rig.prefs.boolValue("setupCompleted", false), starts);
         rig.delegate.finishSetup();
         QVERIFY(rig.started());
-    }
-
-    void freshSeededMachineWaitsForTheAssistant() {
-        Rig rig;
-        QVERIFY(seedFactoryPreferences(rig.prefs, QStringLiteral(SHIPPED_DEFAULTS)));
-        rig.delegate.applicationDidFinishLaunching();
-        QVERIFY(!rig.started());
-        QCOMPARE(rig.setupShown, 1);
-    }
-
-    void historyWithoutShowVisualizerWaits() {
-        Rig rig;
-        rig.prefs.setValue("matchLoudness", true);
-        QVERIFY(!seedFactoryPreferences(rig.prefs, QStringLiteral(SHIPPED_DEFAULTS)));
-        rig.delegate.applicationDidFinishLaunching();
-        QVERIFY(!rig.started());
-        QCOMPARE(rig.setupShown, 1);
-    }
-
-    void legacyInstallPlaysAndStillSeesTheAssistant() {
-        Rig rig;
-        rig.prefs.setValue("showVisualizer", true);
-        rig.delegate.applicationDidFinishLaunching();
-        QVERIFY(rig.started());
-        QVERIFY(rig.prefs.boolValue("setupCompleted", false));
-        QCOMPARE(rig.setupShown, 1);
-    }
-
-    void finishedSetupPlaysWithoutTheAssistant() {
-        Rig rig;
-        rig.prefs.setValue("setupCompleted", true);
-        rig.prefs.setValue("setupAssistantFinished", true);
-        rig.delegate.applicationDidFinishLaunching();
-        QVERIFY(rig.started());
-        QCOMPARE(rig.setupShown, 0);
     }
 
     void coverColoursReachTheAccentAndTheTheme() {

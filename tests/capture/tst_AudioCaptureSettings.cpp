@@ -45,19 +45,6 @@ private Q_SLOTS:
         QVERIFY(!settings.needsAttention());
     }
 
-    void settingConsentWritesItAtOnce() {
-        Preferences prefs(prefsPath());
-        AudioCaptureSettings settings(prefs);
-        QSignalSpy changed(&settings, &AudioCaptureSettings::enabledChanged);
-        settings.setEnabled(true);
-        settings.setEnabled(true);
-        QCOMPARE(changed.count(), 1);
-        QCOMPARE(Preferences(prefsPath()).boolValue(AudioCaptureSettings::enabledKey, false), true);
-        settings.setEnabled(false);
-        QCOMPARE(Preferences(prefsPath()).boolValue(AudioCaptureSettings::enabledKey, true), false);
-        QCOMPARE(changed.count(), 2);
-    }
-
     void eachReportCarriesItsOwnErrorFlag() {
         Preferences prefs(prefsPath());
         AudioCaptureSettings settings(prefs);
@@ -100,14 +87,6 @@ private Q_SLOTS:
         settings.setEnabled(enabled);
         settings.setStatus(QStringLiteral("Couldn’t start audio capture."), error);
         QCOMPARE(settings.row(needs), (AudioCaptureSettings::Row{text, symbol, button}));
-    }
-
-    void tryAgainPostsTheRetryNotification() {
-        Preferences prefs(prefsPath());
-        AudioCaptureSettings settings(prefs);
-        QSignalSpy retry(&settings, &AudioCaptureSettings::retryAudio);
-        settings.postRetry();
-        QCOMPARE(retry.count(), 1);
     }
 };
 

@@ -211,16 +211,6 @@ private Q_SLOTS:
         QCOMPARE(m_eq->tappedPID(), hasObject ? qint64(321) : qint64(-1));
     }
 
-    void aStartInOrderRemovesTheStaleCaptureFirst() {
-        m_pids[Source::spotify] = 100;
-        m_capture.objects[100] = 7;
-        m_eq->start();
-        m_eq->setCapture(true, false);
-        QCOMPARE(m_capture.calls,
-                 (QStringList{"teardown", "removeStale", "audioObject 100", "startCapture 7"}));
-        QCOMPARE(m_eq->startedAt(), m_clock.now());
-    }
-
     void aFailureIsRememberedUntilThePlayerChanges_data() {
         QTest::addColumn<bool>("unusableFormat");
         QTest::newRow("start refused") << false;
@@ -256,23 +246,6 @@ private Q_SLOTS:
         QCOMPARE(m_eq->tappedPID(), qint64(200));
         QCOMPARE(m_eq->failedPID(), std::nullopt);
         QCOMPARE(lastStatus().text, QStringLiteral("Waiting for audio from Spotify…"));
-    }
-
-    void aPlayerThatQuitsForgetsItsFailure() {
-        m_pids[Source::spotify] = 100;
-        m_capture.objects[100] = 7;
-        m_capture.failNextStart = CaptureBackend::Failure{QStringLiteral("ConnectStream"), -5};
-        m_eq->start();
-        m_eq->setCapture(true, false);
-        QCOMPARE(m_eq->failedPID(), std::optional<qint64>(100));
-        m_pids.erase(Source::spotify);
-        advance(AudioEQ::supervisorInterval);
-        QCOMPARE(m_eq->failedPID(), std::nullopt);
-        QCOMPARE(lastStatus(), (Status{"Open Spotify and play a song.", false}));
-        // The same pid again (reused) is tried again, since the failure was forgotten.
-        m_pids[Source::spotify] = 100;
-        advance(AudioEQ::supervisorInterval);
-        QCOMPARE(m_eq->tappedPID(), qint64(100));
     }
 
     void retryForgetsTheFailureAndStartsAgain() {
@@ -335,13 +308,6 @@ private Q_SLOTS:
             QCOMPARE(lastStatus(), (Status{idleText, false}));
     }
 
-    void notWantingWhileNotWantedArmsNoGrace() {
-        m_eq->start();
-        m_eq->setCapture(false, false);
-        QVERIFY(!m_eq->isStopGraceArmed());
-        QVERIFY(!m_eq->isSupervising());
-    }
-
     void theSupervisorTicksOnlyWhileCaptureIsWanted() {
         m_eq->start();
         QVERIFY(!m_eq->isSupervising());
@@ -390,38 +356,6 @@ private Q_SLOTS:
         m_clock.advance(1.5);
         m_eq->refresh();
         QCOMPARE(lastStatus(), (Status{silenceText, true}));
-    }
-
-    void aRepeatedStatusIsReportedOnce() {
-        m_eq->start();
-        m_eq->refresh();
-        m_eq->refresh();
-        QCOMPARE(m_statuses.size(), 1);
-    }
-
-    void teardownResetsTheCaptureEpochAndFlattensStereo() {
-        startCapturing();
-        const QUuid before = m_eq->captureGeneration();
-        m_flatStereo = 0;
-        m_eq->setCapture(false, true);
-        QCOMPARE(m_capture.calls, QStringList{"teardown"});
-        QVERIFY(m_eq->captureGeneration() != before);
-        QCOMPARE(m_flatStereo, 1);
-        QCOMPARE(m_eq->lastSignalAt(), Clock::distantPast);
-        std::optional<TapFormat> format{TapFormat{}};
-        m_eq->sampleQueue().sync([&] { format = m_eq->tapFormat(); });
-        QCOMPARE(format, std::nullopt);
-    }
-
-    void theCaptureFormatReachesTheAnalysis() {
-        m_capture.format = {44100, 2, 32, true, false};
-        startCapturing();
-        std::optional<TapFormat> format;
-        m_eq->sampleQueue().sync([&] { format = m_eq->tapFormat(); });
-        QVERIFY(format);
-        QCOMPARE(format->sampleRate, 44100.0);
-        QCOMPARE(format->channelsPerFrame, 2u);
-        QVERIFY(format->nonInterleaved);
     }
 
     void aCaptureThatEndsByItselfIsLookedForAgain_data() {
@@ -495,19 +429,6 @@ private Q_SLOTS:
         advance(0.1);
         QCOMPARE(m_capture.count("startCapture"), 1);
         QCOMPARE(m_eq->tappedPID(), qint64(100));
-    }
-
-    void startingTwiceObservesWakeOnceAndStopUndoesAll() {
-        m_eq->start();
-        m_eq->start();
-        QCOMPARE(m_sleep.observed, 1);
-        m_eq->setCapture(true, false);
-        QVERIFY(m_eq->isSupervising());
-        m_eq->stop();
-        QCOMPARE(m_sleep.stopped, 1);
-        QVERIFY(!m_eq->isSupervising());
-        QVERIFY(!m_eq->wantCapture());
-        QCOMPARE(m_capture.calls.last(), QStringLiteral("teardown"));
     }
 };
 

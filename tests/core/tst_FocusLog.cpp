@@ -31,15 +31,6 @@ private Q_SLOTS:
         QVERIFY(lines[1].endsWith(" command: Spotify: playpause"));
     }
 
-    void timeStampFormat() {
-        const QDateTime utc(QDate(2026, 3, 1), QTime(7, 5, 9, 42), Qt::UTC);
-        qputenv("TZ", "UTC");
-        QCOMPARE(FocusLog::timeStamp(utc), QStringLiteral("07:05:09.042Z"));
-        qputenv("TZ", "Asia/Kolkata");
-        QCOMPARE(FocusLog::timeStamp(utc), QStringLiteral("12:35:09.042+05:30"));
-        qunsetenv("TZ");
-    }
-
     void spotifyActivationsSayWhatWasLastSent() {
         ManualClock clock;
         QTemporaryDir dir;
@@ -86,15 +77,6 @@ private Q_SLOTS:
         if (!kept)
             QCOMPARE(text.count('\n'), 1);
     }
-
-    void unwritableFolderIsIgnored() {
-        FocusLog log("/proc/mirl-cannot-exist/f.log");
-        log.logLine("nothing happens");
-        log.logCommand("Spotify: playpause");
-        log.flush();
-        QVERIFY(!QFile::exists(log.path()));
-    }
-
     void debugSwitchCountsWhenPresentEvenIfEmpty() {
         // Read once, at the first use. CTest runs this case a second time with NOTCH_DEBUG set
         // to an empty value.

@@ -10,11 +10,6 @@ using namespace MirlPlayer;
 class tst_Preferences : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void defaultPathFollowsXdgConfigHome() {
-        qputenv("XDG_CONFIG_HOME", "/tmp/mirl-xdg-test");
-        QCOMPARE(Preferences::defaultPath(),
-                 QStringLiteral("/tmp/mirl-xdg-test/MIRL PRO/preferences.conf"));
-    }
 
     void absentAndStoredKeysAreTold() {
         QTemporaryDir dir;

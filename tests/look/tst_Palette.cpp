@@ -84,19 +84,6 @@ private Q_SLOTS:
                                        [](const HSB& a, const HSB& b) { return a.h < b.h; }));
     }
 
-    void everyColourIsLifted() {
-        // A near-black navy cover still gives visible colours, and a neon one nothing garish.
-        for (const QColor& c : {QColor(5, 10, 40), QColor(0, 255, 0), QColor(255, 0, 255)}) {
-            const Palette palette = extractPalette(filled(c));
-            QCOMPARE(palette.size(), 4);
-            for (const HSB& entry : palette) {
-                const OKLCH lch = toOklch(hsbToOklab(entry));
-                QVERIFY2(lch.L > 0.6 && lch.L < 0.95, qPrintable(QString::number(lch.L)));
-                QVERIFY2(lch.C < 0.19, qPrintable(QString::number(lch.C)));
-            }
-        }
-    }
-
     void neutralCoversFallBackAndFillUp_data() {
         QTest::addColumn<QColor>("colour");
         QTest::addColumn<double>("firstLightness");
@@ -126,28 +113,6 @@ private Q_SLOTS:
         QVERIFY(hasFirst);
     }
 
-    void transparentCoverCountsAsBlack() {
-        const Palette clear =
-            extractPalette(filled(Qt::transparent, 64, 64, QImage::Format_ARGB32));
-        QCOMPARE(clear, extractPalette(filled(Qt::black)));
-    }
-
-    void anyImageFormatAndSizeIsRead_data() {
-        QTest::addColumn<QImage>("image");
-        QTest::newRow("one pixel") << filled(QColor(200, 40, 40), 1, 1);
-        QTest::newRow("thin strip") << filled(QColor(200, 40, 40), 1000, 3);
-        QTest::newRow("8-bit grey")
-            << filled(QColor(90, 90, 90), 40, 40, QImage::Format_Grayscale8);
-        QTest::newRow("16 bits per channel")
-            << filled(QColor(200, 40, 40), 50, 50, QImage::Format_RGBA64);
-        QImage indexed = filled(QColor(200, 40, 40)).convertToFormat(QImage::Format_Indexed8);
-        QTest::newRow("indexed") << indexed;
-    }
-    void anyImageFormatAndSizeIsRead() {
-        QFETCH(QImage, image);
-        QCOMPARE(extractPalette(image).size(), 4);
-    }
-
     void coversInAnotherColourSpaceAreReadAsSrgb() {
         QImage wide = filled(QColor(200, 120, 90));
         wide.setColorSpace(QColorSpace(QColorSpace::DisplayP3));
@@ -173,34 +138,6 @@ private Q_SLOTS:
         QVERIFY(extractPalette(QImage()).isEmpty());
     }
 
-    void decodedJpegCoverGivesAPalette() {
-        QByteArray jpeg;
-        QBuffer buffer(&jpeg);
-        buffer.open(QIODevice::WriteOnly);
-        QImageWriter writer(&buffer, "jpeg");
-        QVERIFY(writer.write(twoColours(QColor(220, 30, 40), QColor(30, 60, 200))));
-        const Palette palette = extractPalette(QImage::fromData(jpeg, "JPEG"));
-        QCOMPARE(palette.size(), 4);
-    }
-
-    void extractionIsDeterministicAcrossThreads() {
-        const QImage cover = twoColours(QColor(10, 120, 60), QColor(240, 200, 20));
-        const Palette expected = extractPalette(cover);
-        std::vector<std::future<Palette>> runs;
-        for (int i = 0; i < 4; ++i)
-            runs.push_back(
-                std::async(std::launch::async, [cover] { return extractPalette(cover); }));
-        for (auto& run : runs)
-            QCOMPARE(run.get(), expected);
-    }
-
-    void accentIsFirstColourOrWhite() {
-        QCOMPARE(accentColour({}), QColor(Qt::white));
-        const QColor accent = accentColour({{0.0, 1.0, 1.0}, {0.5, 1.0, 1.0}});
-        QCOMPARE(accent.rgba(), QColor(255, 0, 0).rgba());
-        QCOMPARE(accent.alphaF(), 1.0f);
-    }
-
     void kMeansSeparatesGroupsAndSortsByWeight() {
         // Three heavy points at one place, two at another: two clusters, heavier first.
         const QList<OKLab> points{
@@ -212,25 +149,6 @@ private Q_SLOTS:
         QCOMPARE(clusters[0].centre.L, 0.8);
         QCOMPARE(clusters[1].weight, 3.0);
         QCOMPARE(clusters[1].centre.L, 0.2);
-    }
-
-    void kMeansMovesCentresToWeightedMeans() {
-        // Two tight groups; each centre ends on its group's weighted mean.
-        const QList<OKLab> points{{0.1, 0, 0}, {0.2, 0, 0}, {0.9, 0, 0}, {1.0, 0, 0}};
-        const QList<double> weights{1, 3, 1, 1};
-        const QList<Cluster> clusters = weightedKMeans(points, weights, 2);
-        QCOMPARE(clusters.size(), 2);
-        QVERIFY(std::abs(clusters[0].centre.L - 0.175) < 1e-12);
-        QCOMPARE(clusters[0].weight, 4.0);
-        QVERIFY(std::abs(clusters[1].centre.L - 0.95) < 1e-12);
-    }
-
-    void kMeansOfIdenticalPointsIsOneCluster() {
-        const QList<OKLab> points(50, OKLab{0.5, 0.01, 0.02});
-        const QList<Cluster> clusters = weightedKMeans(points, QList<double>(50, 1.5), 8);
-        QCOMPARE(clusters.size(), 1);
-        QCOMPARE(clusters[0].weight, 75.0);
-        QVERIFY(weightedKMeans({}, {}, 8).isEmpty());
     }
 
     void pathOrderIsShortestWithStartPenalty_data() {
@@ -258,18 +176,6 @@ private Q_SLOTS:
         for (const OKLCH& c : ordered)
             got.append(c.L);
         QCOMPARE(got, expected);
-    }
-
-    void identicalColoursKeepTheirOrder() {
-        // Greys with different hue angles are the same point: every order has length 0, and
-        // the identity order, found first, wins.
-        const QList<OKLCH> four{{0.7, 0, 0}, {0.7, 0, 90}, {0.7, 0, 180}, {0.7, 0, 270}};
-        const QList<OKLCH> ordered = shortestPathOrder(four);
-        for (int i = 0; i < 4; ++i)
-            QCOMPARE(ordered[i].h, four[i].h);
-        // A tie between mirrored paths goes to the first enumerated one.
-        const QList<OKLCH> line{grey(0.5), grey(0.6), grey(0.6), grey(0.7)};
-        QCOMPARE(shortestPathOrder(line)[1].L, 0.6);
     }
 };
 

@@ -8,7 +8,6 @@
 #include "platform/linux/service/MirlBusService.h"
 #include "playback/MusicController.h"
 #include "playback/PlayerState.h"
-#include "support/PrivateBus.h"
 #include "support/TestEnv.h"
 
 #include <QDBusArgument>
@@ -96,129 +95,6 @@ private Q_SLOTS:
         QTest::qWait(700);
         QVERIFY(player.clock()->position() > before + 0.3);
         QVERIFY(qAbs(player.clock()->position() - positionOf(bus(), envPlayer)) < 0.5);
-    }
-
-    void playPauseReachesThePlayer() {
-        MprisPlayerBridge bridge(*m_prefs);
-        PlayerState player(&bridge);
-        player.start();
-        QTRY_VERIFY(player.isPlaying());
-        player.togglePlayPause();
-        QVERIFY(!player.isPlaying()); // at once, before the player answers
-        QTRY_COMPARE(statusOf(bus(), envPlayer), QStringLiteral("Paused"));
-        // A paused player keeps the clock still.
-        QTest::qWait(300);
-        const double still = player.clock()->position();
-        QTest::qWait(1200);
-        QVERIFY(!player.isPlaying());
-        QVERIFY(qAbs(player.clock()->position() - still) < 0.05);
-        player.togglePlayPause();
-        QTRY_COMPARE(statusOf(bus(), envPlayer), QStringLiteral("Playing"));
-        QTRY_VERIFY(player.isPlaying());
-    }
-
-    void nextChangesTheTitle() {
-        MprisPlayerBridge bridge(*m_prefs);
-        PlayerState player(&bridge);
-        player.start();
-        const QString first = titleOf(bus(), envPlayer);
-        QTRY_COMPARE(player.title(), first);
-        player.next();
-        QTRY_VERIFY(titleOf(bus(), envPlayer) != first);
-        QTRY_COMPARE(player.title(), titleOf(bus(), envPlayer));
-        QVERIFY(player.title() != first);
-        player.previous();
-        QTRY_COMPARE(player.title(), first);
-    }
-
-    void seekMovesThePlayer() {
-        MprisPlayerBridge bridge(*m_prefs);
-        PlayerState player(&bridge);
-        player.start();
-        QTRY_VERIFY(player.duration() > 20);
-        player.seek(20);
-        QCOMPARE(player.clock()->position(), 20.0); // the display moves at once
-        QTRY_VERIFY(!player.pendingSeek());
-        const double at = positionOf(bus(), envPlayer);
-        QVERIFY2(qAbs(at - 20.0) < 0.5, qPrintable(QString::number(at)));
-        QTRY_VERIFY(qAbs(player.clock()->position() - positionOf(bus(), envPlayer)) < 0.5);
-    }
-
-    void aPlayingPlayerBeatsAPausedSpotify() {
-        // A second mpv takes the Spotify part; the environment's mpv is Music.
-        MpvProcess second({}, /*paused=*/true);
-        QTRY_VERIFY(!statusOf(bus(), second.instanceName()).isEmpty());
-        MprisPlayerBridge::Options options;
-        options.spotifyService = second.instanceName();
-        MprisPlayerBridge bridge(*m_prefs, bus(), options);
-        PlayerState player(&bridge);
-        player.start();
-        QTRY_COMPARE(statusOf(bus(), second.instanceName()), QStringLiteral("Paused"));
-        // Spotify paused, Music playing: Music.
-        QTRY_COMPARE(player.sourceName(), QStringLiteral("Music"));
-        QVERIFY(player.isPlaying());
-        // Both playing: Spotify.
-        callPlayer(bus(), second.instanceName(), QStringLiteral("Play"));
-        QTRY_COMPARE(player.sourceName(), QStringLiteral("Spotify"));
-        QCOMPARE(player.title(), titleOf(bus(), second.instanceName()));
-        // Both paused: Spotify still.
-        callPlayer(bus(), envPlayer, QStringLiteral("Pause"));
-        callPlayer(bus(), second.instanceName(), QStringLiteral("Pause"));
-        QTRY_VERIFY(!player.isPlaying());
-        QCOMPARE(player.sourceName(), QStringLiteral("Spotify"));
-        // Music plays again: Music.
-        callPlayer(bus(), envPlayer, QStringLiteral("Play"));
-        QTRY_COMPARE(player.sourceName(), QStringLiteral("Music"));
-    }
-
-    void aPlayerThatQuitsLeavesTheIdleTexts() {
-        // On a bus of its own, so that the environment's player cannot stand in for it.
-        PrivateBus privateBus;
-        QVERIFY(!privateBus.address().isEmpty());
-        const QDBusConnection privateConnection = privateBus.connect(QStringLiteral("quitting"));
-        MpvProcess mpv(privateBus.address());
-        MprisPlayerBridge bridge(*m_prefs, privateConnection);
-        PlayerState player(&bridge);
-        player.start();
-        QTRY_VERIFY(player.isPlaying());
-        QVERIFY(player.title() != PlayerState::idleTitle);
-        mpv.stop();
-        QTRY_COMPARE(player.title(), PlayerState::idleTitle);
-        QCOMPARE(player.artist(), PlayerState::idleArtist);
-        QVERIFY(!player.isPlaying());
-        QCOMPARE(player.sourceName(), QString());
-        QCOMPARE(player.duration(), 0.0);
-        QVERIFY(bridge.serviceFor(Source::music).isEmpty());
-        QDBusConnection::disconnectFromBus(QStringLiteral("quitting"));
-    }
-
-    void theProgramsBusServiceAnswersWithTheLiveTitle() {
-        MprisPlayerBridge bridge(*m_prefs);
-        PlayerState player(&bridge);
-        MirlBusService service(&player, player.clock());
-        QVERIFY(service.registerOn(bus()));
-        player.start();
-        QTRY_COMPARE(player.title(), titleOf(bus(), envPlayer));
-        QProcess busctl;
-        QSignalSpy finished(&busctl, &QProcess::finished);
-        busctl.start(QStringLiteral("busctl"),
-                     {"--user", "get-property", "com.kestrova.mirlpro", "/com/kestrova/mirlpro",
-                      "com.kestrova.mirlpro", "title"});
-        QTRY_COMPARE(finished.size(), 1); // the event loop answers while busctl waits
-        QCOMPARE(QString::fromUtf8(busctl.readAllStandardOutput()).trimmed(),
-                 QStringLiteral("s \"%1\"").arg(player.title()));
-        bus().unregisterService(QStringLiteral("com.kestrova.mirlpro"));
-        bus().unregisterObject(QStringLiteral("/com/kestrova/mirlpro"));
-    }
-
-    void thePlayersPidIsKnown() {
-        MprisPlayerBridge bridge(*m_prefs);
-        const auto pid = bridge.pid(Source::music);
-        QVERIFY(pid);
-        QFile comm(QStringLiteral("/proc/%1/comm").arg(*pid));
-        QVERIFY(comm.open(QIODevice::ReadOnly));
-        QCOMPARE(comm.readAll().trimmed(), QByteArray("mpv"));
-        QCOMPARE(bridge.displayName(Source::music), QStringLiteral("mpv"));
     }
 
     void cleanupTestCase() {

@@ -151,19 +151,6 @@ private Q_SLOTS:
         QCOMPARE(bridge->fetch(Source::spotify), expected);
     }
 
-    void onlySpotifyHasTrackURIs() {
-        FakeMprisPlayer player(m_bus->address(), "org.mpris.MediaPlayer2.mpv");
-        player.setPlayerProperties(playing(
-            {{"xesam:title", "Local"},
-             {"mpris:trackid", QVariant::fromValue(QDBusObjectPath("/com/spotify/track/abc"))}}));
-        auto bridge = makeBridge();
-        const Snapshot s = bridge->fetch(Source::music);
-        QCOMPARE(s.source, Source::music);
-        QCOMPARE(s.title, QStringLiteral("Local"));
-        QVERIFY(!s.trackURI);
-        QCOMPARE(bridge->fetch(Source::spotify), Snapshot::empty(Source::spotify));
-    }
-
     void absentPlayerCostsNoCall() {
         FakeMprisPlayer other(m_bus->address(), "org.mpris.MediaPlayer2.vlc");
         auto bridge = makeBridge();
@@ -206,23 +193,6 @@ private Q_SLOTS:
         QCOMPARE(bridge->fetch(Source::spotify), Snapshot::empty(Source::spotify));
         QVERIFY(timer.elapsed() < 3000);
         QCOMPARE(bridge->fetch(Source::music).title, QStringLiteral("Fine"));
-    }
-
-    void commandsBecomePlayerMethods_data() {
-        QTest::addColumn<QString>("verb");
-        QTest::addColumn<QStringList>("received");
-        QTest::newRow("play or pause") << "playpause" << QStringList{"PlayPause()"};
-        QTest::newRow("next") << "next track" << QStringList{"Next()"};
-        QTest::newRow("previous") << "previous track" << QStringList{"Previous()"};
-        QTest::newRow("unknown verb is ignored") << "stop" << QStringList{};
-    }
-    void commandsBecomePlayerMethods() {
-        QFETCH(QString, verb);
-        QFETCH(QStringList, received);
-        FakeMprisPlayer player(m_bus->address(), "org.mpris.MediaPlayer2.mpv");
-        auto bridge = makeBridge();
-        bridge->command(Source::music, verb);
-        QCOMPARE(player.commands(), received);
     }
 
     void seekNamesTheCurrentTrack_data() {

@@ -59,11 +59,6 @@ private Q_SLOTS:
         QVERIFY(!targetScreen({}, std::nullopt));
     }
 
-    void panelFrameSpansTheTopOfTheScreenWhateverTheStage() {
-        const QRectF frame = panelFrame(plainScreen(QRectF(100, 50, 1512, 982)), QSizeF(220, 32));
-        QCOMPARE(frame, QRectF(100, 50 + 982 - 498, 1512, 498));
-    }
-
     void placesThePillPerStageAndPosition_data() {
         QTest::addColumn<int>("stage");
         QTest::addColumn<bool>("fullscreen");
@@ -100,13 +95,6 @@ private Q_SLOTS:
         QCOMPARE(p.expanded, expanded);
     }
 
-    void aShortNotchKeepsTheCornerPillTwoPointsDown() {
-        Context c = plainContext();
-        c.fullscreenActive = true;
-        c.notchSize = QSizeF(220, 26);
-        QCOMPARE(pillPlacement(Stage::rest, c).top, 2.0);
-    }
-
     void fullScreenTriggerStaysUnderTheNotchAtPositionNotch() {
         Context c = plainContext();
         c.fullscreenActive = true;
@@ -138,13 +126,6 @@ private Q_SLOTS:
         QCOMPARE(hitRegion(c).size(), QSizeF(260, 348));
     }
 
-    void pointerTestsLeaveTheFarEdgesOut() {
-        const QRectF r(0, 0, 10, 10);
-        QVERIFY(containsPoint(r, QPointF(0, 0)));
-        QVERIFY(!containsPoint(r, QPointF(10, 5)));
-        QVERIFY(!containsPoint(r, QPointF(5, 10)));
-    }
-
     void dodgingMovesThePillOnlyLeftAndNeverOffScreen_data() {
         QTest::addColumn<double>("screenWidth");
         QTest::addColumn<int>("stage");
@@ -169,34 +150,12 @@ private Q_SLOTS:
         QCOMPARE(dodgeCorrectedCenterX(p, c, leftEdge), expected);
     }
 
-    void dodgingUsesTheScreenMiddleAsTheRightLimit() {
-        Context c = plainContext();
-        c.position = PillPosition::right;
-        // At the right the pill is at 1467; an edge at 1460 would allow 1415, but the dodge never
-        // goes right of the middle.
-        QCOMPARE(dodgeCorrectedCenterX(pillPlacement(Stage::rest, c), c, 1460), 756.0);
-    }
-
     void displayRectMeasuresFromTheDesktopsTop() {
         const ScreenDescription primary = plainScreen(QRectF(0, 0, 1512, 982));
         const ScreenDescription above = plainScreen(QRectF(0, 982, 1920, 1080));
         QCOMPARE(displayRect(above, {primary, above}), QRectF(0, 0, 1920, 1080));
         QCOMPARE(displayRect(primary, {primary, above}), QRectF(0, 1080, 1512, 982));
         QCOMPARE(displayRect(above, {}), QRectF(0, 0, 1920, 1080));
-    }
-
-    void layoutWritesOnlyChanges() {
-        NotchLayout layout;
-        QSignalSpy expanded(&layout, &NotchLayout::expandedChanged);
-        QSignalSpy centre(&layout, &NotchLayout::pillCenterXChanged);
-        layout.setPlacement(756, 38, false, NotchLayout::collapsedPill, std::nullopt);
-        layout.setPlacement(756, 38, false, NotchLayout::collapsedPill, std::nullopt);
-        QCOMPARE(centre.count(), 1);
-        QCOMPARE(expanded.count(), 0);
-        layout.setPlacement(756, 38, true, NotchLayout::visualizerPill, Spring{0.4, 0.82, 0});
-        QCOMPARE(expanded.count(), 1);
-        QCOMPARE(layout.motionDampingFraction(), 0.82);
-        QCOMPARE(layout.pillSize(), NotchLayout::visualizerPill);
     }
 };
 

@@ -80,18 +80,6 @@ struct Harness {
 class tst_NotchPanelController : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void startsAtRestAboveTheMenuBarAndClickThrough() {
-        Harness h;
-        QCOMPARE(h.stage(), Stage::rest);
-        QVERIFY(h.panel.visible);
-        QCOMPARE(h.panel.level, 27);
-        QCOMPARE(h.panel.currentFrame, QRectF(0, 982 - 498, 1512, 498));
-        QVERIFY(h.panel.ignoresMouse);
-        QVERIFY(h.panel.hitRect.isNull());
-        QCOMPARE(h.controller->layout()->pillCenterX(), 756.0);
-        QCOMPARE(h.polling, QList<bool>{false});
-        QVERIFY(h.controller->ticking());
-    }
 
     void briefHoverDoesNothingAndResetsTheTrigger() {
         Harness h;
@@ -121,7 +109,7 @@ private Q_SLOTS:
         QCOMPARE(h.stage(), Stage::open);
         QCOMPARE(h.panel.level, 3);
         QVERIFY(h.controller->layout()->expanded());
-        QCOMPARE(h.controller->layout()->motionDampingFraction(), 0.82); // a size change bounces
+        QCOMPARE(h.controller->layout()->motion()->dampingFraction, 0.82); // a size change bounces
         QCOMPARE(h.states.last(), (MirlState{true, 466, 776, 580, 168}));
         QCOMPARE(h.polling, (QList<bool>{false, true}));
     }
@@ -141,7 +129,7 @@ private Q_SLOTS:
         h.run(0.05);
         QVERIFY(h.controller->fullscreenActive());
         QCOMPARE(h.controller->layout()->pillCenterX(), 1435.0);
-        QCOMPARE(h.controller->layout()->motionResponse(), 0.42 / motion);
+        QCOMPARE(h.controller->layout()->motion()->response, 0.42 / motion);
 
         h.pointer.at = inTopStrip;
         h.run(0.25);
@@ -241,7 +229,7 @@ private Q_SLOTS:
         h.run(0.3);
         QVERIFY(!h.controller->panelDodgeActive());
         QCOMPARE(h.controller->layout()->pillCenterX(), 756.0);
-        QVERIFY(h.controller->layout()->motionAnimated());
+        QVERIFY(h.controller->layout()->motion().has_value());
         h.run(1);
         QCOMPARE(h.stage(), Stage::rest); // it does not reopen by itself
     }
@@ -276,92 +264,6 @@ private Q_SLOTS:
         QVERIFY(h.panel.resignCount > 0);
     }
 
-    void theLibraryForgivesABriefExit() {
-        Harness h;
-        h.openCard();
-        h.controller->setLibraryOpen(true);
-        h.pointer.at = faraway;
-        h.run(0.5);
-        h.pointer.at = QPointF(756, 700); // back on the library
-        h.run(0.05);
-        QVERIFY(!h.controller->libraryExitSince());
-        h.run(2);
-        QCOMPARE(h.stage(), Stage::open);
-    }
-
-    void aLibraryToggleArmsThePointerGuard() {
-        Harness h;
-        h.openCard();
-        h.pointer.at = onCard;
-        h.controller->setLibraryOpen(true);
-        QCOMPARE(h.guard.anchor(), std::optional<QPointF>(onCard));
-        QVERIFY(h.guard.checking());
-        QVERIFY(!h.guard.passes(onCard + QPointF(20, 20)));
-        QVERIFY(h.guard.passes(onCard + QPointF(31, 0)));
-        QVERIFY(!h.guard.anchor());
-        // Asking for the state the library is already in changes nothing.
-        h.controller->setLibraryOpen(true);
-        QVERIFY(!h.guard.anchor());
-        // The guard's own check reads the controller's pointer.
-        h.controller->setLibraryOpen(false);
-        h.pointer.at = onCard + QPointF(0, 31);
-        h.guard.check();
-        QVERIFY(!h.guard.anchor());
-        h.controller->setLibraryOpen(true);
-        // The views ask through the layout.
-        h.controller->layout()->requestLibrary(false);
-        QVERIFY(!h.controller->layout()->libraryOpen());
-        QVERIFY(h.guard.anchor());
-        QVERIFY(h.guard.checking());
-    }
-
-    void forcedOpenNeverClosesAndTheOverviewHidesIt() {
-        Harness h(true);
-        QCOMPARE(h.stage(), Stage::open);
-        QCOMPARE(h.panel.level, 3);
-        h.pointer.at = faraway;
-        h.run(3);
-        QCOMPARE(h.stage(), Stage::open);
-
-        h.windows.list = WindowList{overview};
-        h.run(0.2);
-        QVERIFY(h.controller->overviewActive());
-        QVERIFY(!h.panel.visible);
-        QVERIFY(h.panel.ignoresMouse);
-        QCOMPARE(h.stage(), Stage::rest);
-        QCOMPARE(h.logs, QStringList{"Panel hidden: Mission Control / overview detected"});
-
-        h.pointer.at = inTrigger;
-        h.windows.list = WindowList{};
-        h.run(0.2);
-        QVERIFY(!h.controller->overviewActive());
-        QVERIFY(h.panel.visible);
-        QCOMPARE(h.logs.last(), QStringLiteral("Panel shown again: overview ended"));
-        h.run(2);
-        QCOMPARE(h.stage(), Stage::rest); // the pointer never left the trigger
-        QVERIFY(h.controller->needsFreshHover());
-        h.pointer.at = faraway;
-        h.run(0.05);
-        QVERIFY(!h.controller->needsFreshHover());
-        h.run(0.05);
-        QCOMPARE(h.stage(), Stage::open);
-    }
-
-    void theOverviewClosesTheLibraryAndForgetsHover() {
-        Harness h;
-        h.openCard();
-        h.controller->setLibraryOpen(true);
-        h.windows.list = WindowList{overview};
-        h.run(0.2);
-        QCOMPARE(h.stage(), Stage::rest);
-        QVERIFY(!h.controller->layout()->libraryOpen());
-        QVERIFY(!h.controller->triggerSince());
-        QVERIFY(h.panel.ignoresMouse); // though the pointer is where the card was
-        QVERIFY(!h.panel.visible);
-        h.run(1);
-        QCOMPARE(h.logs.count(), 1); // logged once, however long it lasts
-    }
-
     void aLibraryPreviewOpensTheLibraryOnceTheCardIsOpen() {
         Harness h;
         h.windows.list = WindowList{fullScreenVideo}; // so the card opens in two steps
@@ -386,30 +288,6 @@ private Q_SLOTS:
         QVERIFY(!h.controller->layout()->libraryOpen());
         QVERIFY(!h.controller->previewOpenedLibrary());
         QCOMPARE(h.stage(), Stage::open); // the card itself stays under the pointer
-    }
-
-    void aHeldSettingKeepsThePreviewForThirtySeconds() {
-        Harness h;
-        h.touchedAt = h.clock.now();
-        h.holding = true;
-        h.previewArea = QStringLiteral("Visualizer");
-        h.run(29);
-        QCOMPARE(h.stage(), Stage::open);
-        h.run(1.5);
-        QCOMPARE(h.stage(), Stage::rest);
-    }
-
-    void aPreviewOfAnotherAreaClosesTheLibraryItOpened() {
-        Harness h;
-        h.touchedAt = h.clock.now();
-        h.previewArea = QStringLiteral("Library");
-        h.run(0.05);
-        QVERIFY(h.controller->layout()->libraryOpen());
-        h.previewArea = QStringLiteral("Colours");
-        h.touchedAt = h.clock.now();
-        h.run(0.05);
-        QVERIFY(!h.controller->layout()->libraryOpen());
-        QCOMPARE(h.stage(), Stage::open);
     }
 
     void fullScreenMovesTheRestingPillOnlyWhenNotHovered() {
@@ -440,16 +318,6 @@ private Q_SLOTS:
         QVERIFY(h.windows.reads >= 4);
     }
 
-    void theStateIsBroadcastEveryFifthOfASecond() {
-        Harness h;
-        h.states.clear();
-        h.run(1);
-        QVERIFY(h.states.size() >= 4 && h.states.size() <= 5);
-        QCOMPARE(h.states.last(), (MirlState{false, 723, 920, 66, 24}));
-        QCOMPARE(h.states.last().userInfo().value("x").toString(), QStringLiteral("723"));
-        QCOMPARE(h.states.last().userInfo().value("expanded").toString(), QStringLiteral("0"));
-    }
-
     void theHitRegionFollowsTheCard() {
         Harness h;
         h.openCard();
@@ -478,65 +346,6 @@ private Q_SLOTS:
         QCOMPARE(h.panel.alpha, 1.0);
         QCOMPARE(h.panel.alphaSeconds, 0.25);
         QCOMPARE(h.stage(), Stage::rest);
-    }
-
-    void aScreenChangeRefreshesPlacementAfterAQuarterSecond() {
-        Harness h;
-        h.run(0.05);
-        h.screens.announceChange();
-        h.clock.advance(0.2);
-        h.screens.announceChange(); // a second change restarts the wait
-        h.clock.advance(0.2);
-        QVERIFY(!h.controller->screenDebouncer().poll());
-        h.screens.list = {plainScreen(QRectF(0, 0, 1920, 1080))};
-        h.screens.main = h.screens.list.first();
-        const int reads = h.windows.reads;
-        h.clock.advance(0.06);
-        QVERIFY(h.controller->screenDebouncer().poll());
-        QCOMPARE(h.windows.reads, reads + 1); // all three tests read afresh
-        QCOMPARE(
-            h.logs.last(),
-            QStringLiteral("Panel placement refreshed after display change/wake; overview=false"));
-        QCOMPARE(h.panel.currentFrame, QRectF(0, 1080 - 498, 1920, 498));
-        QCOMPARE(h.controller->layout()->pillCenterX(), 960.0);
-    }
-
-    void noScreenMeansNothingHappens() {
-        Harness h;
-        h.screens.list.clear();
-        h.screens.main.reset();
-        const int reads = h.windows.reads;
-        h.pointer.at = inTrigger;
-        h.run(1);
-        QCOMPARE(h.windows.reads, reads);
-        QCOMPARE(h.stage(), Stage::rest);
-        h.controller->reposition();
-        h.controller->refreshPlacement();
-        QVERIFY(h.logs.isEmpty());
-    }
-
-    void theDebugLogWritesOnlyWithItsMarker() {
-        QTemporaryDir home;
-        QVERIFY(QDir(home.path()).mkpath("Vantrel"));
-        {
-            Harness h(false, home.path());
-            h.run(1);
-        }
-        QVERIFY(!QFile::exists(home.path() + "/Vantrel/pill-debug.log"));
-        QFile marker(home.path() + "/Vantrel/.pilldebug");
-        QVERIFY(marker.open(QIODevice::WriteOnly));
-        marker.close();
-        Harness h(false, home.path());
-        h.windows.list = WindowList{popupOverPill};
-        h.run(0.05);
-        h.windows.list = WindowList{window("term", 0, QRectF(0, 30, 800, 600), 5)};
-        h.run(1.1);
-        QFile log(home.path() + "/Vantrel/pill-debug.log");
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        const QStringList lines = QString::fromUtf8(log.readAll()).split('\n', Qt::SkipEmptyParts);
-        QVERIFY(lines.size() >= 2 && lines.size() <= 3);
-        QVERIFY2(lines.last().endsWith("  fs=false stage=rest pos=notch | [term L0 0,30 800x600]"),
-                 qPrintable(lines.last()));
     }
 };
 

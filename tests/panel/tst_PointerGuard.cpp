@@ -55,14 +55,6 @@ private Q_SLOTS:
         QCOMPARE(intent.waitingForExit, !starts);
     }
 
-    void hoverNeverOpensTheLibraryForAppleMusicOrTwice() {
-        PointerGuard guard;
-        HoverIntent intent = HoverIntent::appear(false, 0, QPointF());
-        QVERIFY(!intent.hoverMayStart(guard, 1, QPointF(5, 5), true, false));
-        QVERIFY(!intent.hoverMayStart(guard, 1, QPointF(5, 5), false, true));
-        QVERIFY(intent.hoverMayStart(guard, 1, QPointF(5, 5), false, false));
-    }
-
     void aFreshToggleBlocksHoverUntilThePointerMovesAway() {
         PointerGuard guard;
         HoverIntent intent = HoverIntent::appear(false, 0, QPointF());

@@ -1,6 +1,7 @@
 #include "panel/logic/Spring.h"
 
 #include <QTest>
+#include <numbers>
 
 using namespace MirlPlayer;
 
@@ -9,41 +10,34 @@ Q_DECLARE_METATYPE(MirlPlayer::Spring)
 class tst_Spring : public QObject {
     Q_OBJECT
 private Q_SLOTS:
-    void startsAtRestAndSettlesOnTheTarget_data() {
+    void progressSolvesTheSpringFromRest_data() {
         QTest::addColumn<double>("response");
         QTest::addColumn<double>("damping");
-        QTest::newRow("move") << 0.42 << 1.0;
-        QTest::newRow("size change") << 0.4 << 0.82;
+        QTest::newRow("move, critical") << 0.42 << 1.0;
+        QTest::newRow("size change, bouncy") << 0.4 << 0.82;
         QTest::newRow("library") << 0.21 << 0.9;
     }
-    void startsAtRestAndSettlesOnTheTarget() {
+    void progressSolvesTheSpringFromRest() {
+        // x'' + 2 zeta omega x' + omega^2 (x - 1) = 0 with omega = 2 pi / response, x(0) = 0 and
+        // x'(0) = 0: checked by finite differences, so swapped or scaled constants show.
         QFETCH(double, response);
         QFETCH(double, damping);
         const Spring s{response, damping, 0};
+        const double omega = 2 * std::numbers::pi / response;
+        const double h = 1e-5;
         QCOMPARE(s.progress(0), 0.0);
-        QCOMPARE(s.progress(s.settlingTime()), 1.0);
-        const double justBefore = s.progress(s.settlingTime() * 0.999);
-        QVERIFY(std::abs(justBefore - 1.0) < 1e-3); // no jump at the end
-        QVERIFY(s.progress(response / 4) > 0.1);
-    }
-
-    void onlyAnUnderdampedSpringOvershoots() {
-        const Spring critical{0.42, 1.0, 0};
-        const Spring bouncy{0.4, 0.82, 0};
-        double criticalMax = 0, bouncyMax = 0;
-        for (double t = 0; t < 2; t += 0.001) {
-            criticalMax = std::max(criticalMax, critical.progress(t));
-            bouncyMax = std::max(bouncyMax, bouncy.progress(t));
+        QVERIFY(s.progress(1e-7) / 1e-7 < 1e-3); // starts at rest
+        for (double t = 0.01; t < s.settlingTime() * 0.5; t += 0.013) {
+            const double v = (s.progress(t + h) - s.progress(t - h)) / (2 * h);
+            const double a = (s.progress(t + h) - 2 * s.progress(t) + s.progress(t - h)) / (h * h);
+            QVERIFY2(std::abs(v + s.evolve(1, 0, t).velocity) < 1e-4 * omega,
+                     qPrintable(QString::number(t)));
+            const double residual =
+                a + 2 * damping * omega * v + omega * omega * (s.progress(t) - 1);
+            QVERIFY2(std::abs(residual) < 1e-3 * omega * omega, qPrintable(QString::number(t)));
         }
-        QVERIFY(criticalMax <= 1.0);
-        QVERIFY(bouncyMax > 1.005);
-    }
-
-    void aFasterSpringArrivesSooner() {
-        const Spring normal{0.42, 1.0, 0};
-        const Spring fast{0.21, 1.0, 0};
-        QVERIFY(fast.settlingTime() < normal.settlingTime());
-        QVERIFY(fast.progress(0.1) > normal.progress(0.1));
+        QCOMPARE(s.progress(s.settlingTime()), 1.0);
+        QVERIFY(std::abs(s.progress(s.settlingTime() * 0.999) - 1.0) < 1e-3); // no jump at the end
     }
 
     void anInterruptedMotionTurnsWithoutAKink_data() {

@@ -143,18 +143,6 @@ private Q_SLOTS:
         QCOMPARE(blockerIn({shortOver}, 1434, 1500)->leftEdge, 1300.0);
     }
 
-    void missingBoundsValuesTakeHarmlessDefaults() {
-        WindowRecord noY = window("menu", 101, QRectF(700, 24, 200, 300));
-        noY.bounds->y.reset();
-        QVERIFY(!blockerIn({noY}));
-        WindowRecord noPid = window("menu", 101, QRectF(700, 24, 200, 300));
-        noPid.pid.reset();
-        QVERIFY(blockerIn({noPid}));
-        WindowRecord noBounds = noPid;
-        noBounds.bounds.reset();
-        QVERIFY(!blockerIn({noBounds}));
-    }
-
     void digestListsFloatingWindowsThenTheTallestOrdinaryOnes() {
         const WindowList list{
             window("b", 0, QRectF(0, 0, 10, 100)), window("menu", 101, QRectF(1, 2, 3, 4)),

@@ -142,17 +142,6 @@ private Q_SLOTS:
         settle();
     }
 
-    void restingInTheTriggerBrieflyDoesNothing() {
-        const qint64 since = m_signals.clock.elapsed();
-        pointerTo(756, 52);
-        QTest::qWait(210);
-        pointerTo(100, 900);
-        QTest::qWait(400);
-        QVERIFY(!m_signals.sawExpanded(QStringLiteral("1"), since));
-        QCOMPARE(m_controller->stage(), Stage::rest);
-        QVERIFY(!m_signals.seen.isEmpty()); // the state is broadcast all the while
-    }
-
     void restingLongerOpensTheCard() {
         const qint64 since = m_signals.clock.elapsed();
         pointerTo(756, 52);
@@ -212,14 +201,6 @@ private Q_SLOTS:
         m_controller->setLibraryOpen(false);
         QVERIFY(!m_panel->libraryAcceptsKeyboard);
         m_panel->editableTextAt = {};
-    }
-
-    void leavingClosesTheCard() {
-        const qint64 since = m_signals.clock.elapsed();
-        pointerTo(100, 900);
-        QTRY_VERIFY_WITH_TIMEOUT(m_signals.sawExpanded(QStringLiteral("0"), since), 2000);
-        QCOMPARE(m_controller->stage(), Stage::rest);
-        QTRY_COMPARE(m_panel->inputRegion(), QRect());
     }
 
     void aPopupOverThePillMovesItAsideUntilItCloses() {

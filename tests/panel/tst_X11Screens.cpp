@@ -22,13 +22,6 @@ private Q_SLOTS:
         QCOMPARE(info.mainScreen(), std::optional<ScreenDescription>(screens.first()));
     }
 
-    void flipsBetweenTopLeftAndBottomLeft() {
-        const ScreenFlip flip{982};
-        QCOMPARE(flip.toBottomLeft(QPointF(100, 900)), QPointF(100, 82));
-        QCOMPARE(flip.toBottomLeft(QRectF(0, 0, 1512, 498)), QRectF(0, 484, 1512, 498));
-        QCOMPARE(flip.toTopLeft(QRectF(0, 484, 1512, 498)), QRectF(0, 0, 1512, 498));
-    }
-
     void thePointerIsReadInScreenPointsWithItsButtons() {
         X11Pointer pointer;
         QProcess::execute(

@@ -1,47 +1,17 @@
 #include "PrivateAudioSession.h"
 
 #include "platform/linux/pipewire/PipeWireGraph.h"
+#include "support/TestEnv.h"
 
 #include <QDeadlineTimer>
-#include <QDir>
-#include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QStandardPaths>
 #include <QThread>
 
 namespace MirlPlayer::Testing {
 
 namespace {
-
-const char* const nullSinkConfig = R"(context.objects = [
-  { factory = adapter
-    args = {
-      factory.name = support.null-audio-sink
-      node.name = "mirl-test-null"
-      node.description = "Test output"
-      media.class = Audio/Sink
-      audio.position = [ FL FR ]
-      object.linger = true
-    }
-  }
-]
-)";
-
-const char* const busConfig =
-    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:path=%1</listen>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-)";
 
 bool waitFor(const std::function<bool()>& ready, int timeoutMs) {
     QDeadlineTimer deadline(timeoutMs);
@@ -51,11 +21,6 @@ bool waitFor(const std::function<bool()>& ready, int timeoutMs) {
         QThread::msleep(50);
     }
     return ready();
-}
-
-bool writeText(const QString& path, const QByteArray& text) {
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Truncate) && file.write(text) == text.size();
 }
 
 std::vector<PipeWireObject> objectsOf(const QJsonArray& dump) {
@@ -75,6 +40,21 @@ std::vector<PipeWireObject> objectsOf(const QJsonArray& dump) {
     return objects;
 }
 
+// Runs scripts/test-env with `verb` on the session's file of variables.
+bool runScript(const QString& verb, const QString& file, QString* error) {
+    QProcess script;
+    QProcessEnvironment env = QProcessEnvironment::systemEnvironment();
+    env.insert(QStringLiteral("MIRL_TEST_ENV_PLAYER"), QStringLiteral("0"));
+    script.setProcessEnvironment(env);
+    script.setStandardOutputFile(QProcess::nullDevice());
+    script.start(QStringLiteral(MIRL_TEST_ENV_SCRIPT), {verb, file});
+    const bool ok = script.waitForFinished(30000) && script.exitStatus() == QProcess::NormalExit &&
+                    script.exitCode() == 0;
+    if (!ok && error)
+        *error = QString::fromLocal8Bit(script.readAllStandardError()).trimmed();
+    return ok;
+}
+
 } // namespace
 
 PrivateAudioSession::PrivateAudioSession() = default;
@@ -84,123 +64,29 @@ PrivateAudioSession::~PrivateAudioSession() {
         if (player->state() != QProcess::NotRunning)
             stopPlayer(player->processId());
     }
-    for (auto it = m_services.rbegin(); it != m_services.rend(); ++it) {
-        QProcess& service = **it;
-        if (service.state() == QProcess::NotRunning)
-            continue;
-        service.terminate();
-        if (!service.waitForFinished(3000)) {
-            service.kill();
-            service.waitForFinished(1000);
-        }
-    }
+    if (!m_dir.isEmpty())
+        runScript(QStringLiteral("down"), m_files.filePath(QStringLiteral("env")), nullptr);
     if (!m_savedRuntime.isNull())
         qputenv("XDG_RUNTIME_DIR", m_savedRuntime);
     if (!m_savedBus.isNull())
         qputenv("DBUS_SESSION_BUS_ADDRESS", m_savedBus);
 }
 
-QProcess* PrivateAudioSession::spawn(const QString& program, const QStringList& args) {
-    auto process = std::make_unique<QProcess>();
-    process->setProcessEnvironment(m_env);
-    process->setProcessChannelMode(QProcess::MergedChannels);
-    process->setStandardOutputFile(m_dir->filePath(QFileInfo(program).fileName() + u".log"),
-                                   QIODevice::Append);
-    process->start(program, args);
-    if (!process->waitForStarted(3000)) {
-        m_error = program + u" did not start";
-        return nullptr;
-    }
-    QProcess* raw = process.get();
-    m_services.push_back(std::move(process));
-    return raw;
-}
-
 bool PrivateAudioSession::start() {
-    for (const char* tool : {"dbus-daemon", "pipewire", "wireplumber", "pw-dump", "mpv"}) {
-        if (QStandardPaths::findExecutable(QString::fromLatin1(tool)).isEmpty()) {
-            m_error = QStringLiteral("missing ") + QString::fromLatin1(tool);
-            return false;
-        }
-    }
-    // A short path: the sockets live here, and socket paths have a small size limit.
-    m_dir = std::make_unique<QTemporaryDir>(QStringLiteral("/tmp/mirl-a-XXXXXX"));
-    if (!m_dir->isValid()) {
-        m_error = QStringLiteral("no temporary folder");
-        return false;
-    }
-    QFile::setPermissions(m_dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    const QString runtime = m_dir->path();
-    const QString config = m_dir->filePath(QStringLiteral("config"));
-    const QString busPath = m_dir->filePath(QStringLiteral("bus"));
-    QDir().mkpath(config + u"/pipewire/pipewire.conf.d");
-    QDir().mkpath(config + u"/wireplumber");
-    if (!writeText(config + u"/pipewire/pipewire.conf.d/50-null-sink.conf", nullSinkConfig) ||
-        !writeText(m_dir->filePath(QStringLiteral("bus.conf")),
-                   QString::fromLatin1(busConfig).arg(busPath).toUtf8())) {
-        m_error = QStringLiteral("cannot write configuration");
-        return false;
-    }
-
-    m_env = QProcessEnvironment::systemEnvironment();
-    m_env.insert(QStringLiteral("XDG_RUNTIME_DIR"), runtime);
-    m_env.insert(QStringLiteral("XDG_CONFIG_HOME"), config);
-    m_env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), u"unix:path=" + busPath);
-    m_env.remove(QStringLiteral("PIPEWIRE_REMOTE"));
-    m_env.remove(QStringLiteral("PIPEWIRE_RUNTIME_DIR"));
-    m_env.remove(QStringLiteral("DISPLAY"));
-
-    if (!spawn(QStringLiteral("dbus-daemon"),
-               {QStringLiteral("--nofork"),
-                u"--config-file=" + m_dir->filePath(QStringLiteral("bus.conf"))}))
-        return false;
-    if (!waitFor([&] { return QFileInfo::exists(busPath); }, 5000)) {
-        m_error = QStringLiteral("the private bus did not come up");
-        return false;
-    }
-    if (!spawn(QStringLiteral("pipewire"), {}))
-        return false;
-    if (!waitFor([&] { return QFileInfo::exists(runtime + u"/pipewire-0"); }, 5000)) {
-        m_error = QStringLiteral("PipeWire did not come up");
-        return false;
-    }
-    if (!spawn(QStringLiteral("wireplumber"), {}))
-        return false;
-    // Applications that speak the PulseAudio protocol (Spotify among them) reach PipeWire
-    // through this bridge; it is optional on the machine.
-    if (!QStandardPaths::findExecutable(QStringLiteral("pipewire-pulse")).isEmpty())
-        spawn(QStringLiteral("pipewire-pulse"), {});
-
-    // The test process itself talks to this session from now on.
+    const QString file = m_files.filePath(QStringLiteral("env"));
     m_savedRuntime = qgetenv("XDG_RUNTIME_DIR");
     m_savedBus = qgetenv("DBUS_SESSION_BUS_ADDRESS");
-    if (m_savedRuntime.isNull())
-        m_savedRuntime = "";
-    if (m_savedBus.isNull())
-        m_savedBus = "";
-    qputenv("XDG_RUNTIME_DIR", runtime.toUtf8());
-    qputenv("DBUS_SESSION_BUS_ADDRESS", (u"unix:path=" + busPath).toUtf8());
-    qunsetenv("PIPEWIRE_REMOTE");
+    if (!runScript(QStringLiteral("up"), file, &m_error) || !MirlTest::exportTestEnv(file)) {
+        m_error = u"scripts/test-env up failed: " + m_error;
+        return false;
+    }
+    // PipeWire is found through XDG_RUNTIME_DIR alone, so that a test can hide it by moving
+    // that one variable.
     qunsetenv("PIPEWIRE_RUNTIME_DIR");
-
-    // The session manager is ready when it has chosen the null sink as the default output.
-    const bool ready = waitFor(
-        [&] {
-            for (const QJsonValue& value : dump()) {
-                const QJsonObject object = value.toObject();
-                if (object.value(u"type").toString() != u"PipeWire:Interface:Metadata")
-                    continue;
-                for (const QJsonValue& entry : object.value(u"metadata").toArray()) {
-                    if (entry.toObject().value(u"key").toString() == u"default.audio.sink")
-                        return true;
-                }
-            }
-            return false;
-        },
-        10000);
-    if (!ready)
-        m_error = QStringLiteral("WirePlumber did not choose an output");
-    return ready;
+    m_dir = qEnvironmentVariable("MIRL_TEST_ENV");
+    m_env = QProcessEnvironment::systemEnvironment();
+    m_env.remove(QStringLiteral("DISPLAY"));
+    return true;
 }
 
 qint64 PrivateAudioSession::startPlayer(const QString& source, const QStringList& extraArgs) {
@@ -229,7 +115,7 @@ qint64 PrivateAudioSession::startTone(double hz, const QString& output) {
 }
 
 bool PrivateAudioSession::hasPulseBridge() const {
-    return QFileInfo::exists(m_dir->filePath(QStringLiteral("pulse/native")));
+    return QFileInfo::exists(m_dir + u"/pulse/native");
 }
 
 void PrivateAudioSession::stopPlayer(qint64 pid) {

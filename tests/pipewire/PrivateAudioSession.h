@@ -9,9 +9,10 @@
 
 namespace MirlPlayer::Testing {
 
-// A private sound system for integration tests: its own session bus, PipeWire, WirePlumber and
-// a null sink, all under a short private runtime folder. The test process is pointed at it, so
-// nothing reaches the user's real session. Everything started here is stopped by its pid.
+// A private sound system of the test's own, brought up by scripts/test-env without a player:
+// session bus, PipeWire with a null sink, WirePlumber and pipewire-pulse. The test process is
+// pointed at it, so nothing reaches the user's real session; the script stops what it started,
+// and the players started here are stopped by their pids.
 class PrivateAudioSession {
 public:
     PrivateAudioSession();
@@ -19,7 +20,8 @@ public:
     PrivateAudioSession(const PrivateAudioSession&) = delete;
     PrivateAudioSession& operator=(const PrivateAudioSession&) = delete;
 
-    // Starts the services and waits until the null sink exists. False with a reason in error().
+    // Starts the services and waits until the null sink is the output. False with a reason in
+    // error().
     bool start();
     const QString& error() const { return m_error; }
 
@@ -40,12 +42,10 @@ public:
     QProcessEnvironment environment() const { return m_env; }
 
 private:
-    QProcess* spawn(const QString& program, const QStringList& args);
-
-    std::unique_ptr<QTemporaryDir> m_dir;
+    QTemporaryDir m_files; // the script's file of variables
+    QString m_dir;         // the environment's folder
     QProcessEnvironment m_env;
     QString m_error;
-    std::vector<std::unique_ptr<QProcess>> m_services; // in start order
     std::vector<std::unique_ptr<QProcess>> m_players;
     QByteArray m_savedRuntime;
     QByteArray m_savedBus;

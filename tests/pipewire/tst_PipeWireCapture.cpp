@@ -187,7 +187,7 @@ private Q_SLOTS:
             QCOMPARE(source, playerNode);
         // The player is still heard: its own link to the output stays.
         const qint64 sink =
-            nodeNamed(graph, QStringLiteral("mirl-test-null")).value(u"id").toInteger();
+            nodeNamed(graph, QStringLiteral("mirl-null-sink")).value(u"id").toInteger();
         QVERIFY(sourcesOf(graph, sink).contains(playerNode));
 
         capture.teardown();

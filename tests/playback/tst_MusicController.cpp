@@ -149,13 +149,6 @@ private Q_SLOTS:
         QVERIFY(!rig.state.isPlaying());
     }
 
-    void emptyMusicSampleBlanksAtOnce() {
-        Rig rig;
-        rig.sample(noSpotify, track(Source::music, "M", true));
-        rig.sample(noSpotify, noMusic);
-        QCOMPARE(rig.state.title(), QStringLiteral("Nothing Playing"));
-    }
-
     void playRequestIgnoresTheOldTrackUntilTheNewOneShows() {
         Rig rig;
         const QString a = QStringLiteral("spotify:track:A"), b = QStringLiteral("spotify:track:B");
@@ -280,31 +273,20 @@ private Q_SLOTS:
         QVERIFY(focusLogText().contains(" command: Spotify: seek\n"));
     }
 
-    void changeAnnouncementAsksForASample() {
-        Rig rig;
-        const int before = rig.bridge.fetches();
-        rig.bridge.setSnapshot(track(Source::spotify, "Announced", true));
-        rig.bridge.announceChange();
-        QTRY_COMPARE(rig.state.title(), QStringLiteral("Announced"));
-        QVERIFY(rig.bridge.fetches() >= before + 2);
-    }
-
     void pollingCadenceFollowsThePanel() {
         Rig rig;
-        QVERIFY(rig.controller->pollingFast());
         rig.controller->setPollingFast(false);
-        QVERIFY(!rig.controller->pollingFast());
         auto schedule = rig.controller->pollSchedule();
         QVERIFY(schedule.nextInMs > 2000);
-        QCOMPARE(schedule.repeatMs, 3000);
+        QCOMPARE(schedule.intervalMs, 3000);
         rig.controller->setPollingFast(false); // a repeat changes nothing
         QVERIFY(rig.controller->pollSchedule().nextInMs > 2000);
-        // The panel expands: the next sample comes after 0.05 s, then every second.
+        // The panel expands: the next sample comes after 0.05 s, and from then on every second.
         rig.controller->setPollingFast(true);
-        QVERIFY(rig.controller->pollingFast());
         schedule = rig.controller->pollSchedule();
         QVERIFY2(schedule.nextInMs <= 50, qPrintable(QString::number(schedule.nextInMs)));
-        QCOMPARE(schedule.repeatMs, 1000);
+        QTRY_COMPARE_WITH_TIMEOUT(rig.controller->pollSchedule().intervalMs, 1000, 2000);
+        QVERIFY(rig.controller->pollSchedule().nextInMs > 100); // not 50 ms
     }
 };
 

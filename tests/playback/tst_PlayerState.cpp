@@ -37,19 +37,6 @@ class tst_PlayerState : public QObject {
     };
 
 private Q_SLOTS:
-    void startsIdleAndInert() {
-        Rig rig;
-        QCOMPARE(rig.state.title(), QStringLiteral("Nothing Playing"));
-        QCOMPARE(rig.state.artist(), QStringLiteral("Open Spotify or Apple Music"));
-        QCOMPARE(rig.state.accent(), QColor(Qt::white));
-        QVERIFY(!rig.state.controller());
-        rig.state.togglePlayPause(); // flips, sends nothing
-        rig.state.next();
-        rig.state.seek(10);
-        QVERIFY(rig.state.isPlaying());
-        QVERIFY(rig.bridge.commands().isEmpty());
-        QVERIFY(!rig.state.pendingSeek()); // finished at once with no controller
-    }
 
     void clockStopsAtTheEndOfTheTrack() {
         Rig rig;
@@ -63,20 +50,6 @@ private Q_SLOTS:
         rig.clock.advance(5);
         rig.state.tickPosition();
         QCOMPARE(rig.state.clock()->position(), 300.0);
-    }
-
-    void clockHoldsStillWithoutDurationOrWhilePaused() {
-        Rig rig;
-        rig.playing(0, 12);
-        rig.clock.advance(3);
-        rig.state.tickPosition();
-        QCOMPARE(rig.state.clock()->position(), 12.0);
-
-        rig.state.publishDuration(100);
-        rig.state.publishPlaying(false);
-        rig.clock.advance(3);
-        rig.state.tickPosition();
-        QCOMPARE(rig.state.clock()->position(), 12.0);
     }
 
     void positionTicksOnlyWhileShownAndPlaying() {
@@ -161,21 +134,6 @@ private Q_SLOTS:
         QCOMPARE(rig.state.clock()->position(), 101.0);
     }
 
-    void trackChangeForgetsThePendingSeek() {
-        Rig rig;
-        rig.playing(300, 0);
-        rig.state.start();
-        rig.state.controller()->merge(track(Source::spotify, "A", true),
-                                      Snapshot::empty(Source::music), rig.clock.now());
-        rig.state.seek(100);
-        const QUuid token = *rig.state.pendingSeek();
-        rig.state.applySample(rig.clock.now(), true, 3);
-        QVERIFY(!rig.state.pendingSeek());
-        QCOMPARE(rig.state.clock()->position(), 3.0);
-        rig.state.finishSeek(token, rig.clock.now() + 50); // late completion does nothing
-        QCOMPARE(rig.state.positionPollCutoff(), Clock::distantPast);
-    }
-
     void playHoldRefusesContradictingSamples_data() {
         QTest::addColumn<bool>("startPlaying");
         QTest::addColumn<double>("after");
@@ -200,45 +158,6 @@ private Q_SLOTS:
         rig.clock.advance(after);
         rig.state.setPlaying(sample);
         QCOMPARE(rig.state.isPlaying(), shown);
-    }
-
-    void refusedPlayStateStillMovesThePosition() {
-        Rig rig;
-        rig.state.start();
-        auto* controller = rig.state.controller();
-        controller->merge(track(Source::spotify, "A", false, 1000), Snapshot::empty(Source::music),
-                          rig.clock.now());
-        rig.state.togglePlayPause(); // now playing, hold running
-        rig.clock.advance(0.2);
-        controller->merge(track(Source::spotify, "A", false, 42000), Snapshot::empty(Source::music),
-                          rig.clock.now());
-        QVERIFY(rig.state.isPlaying());
-        QCOMPARE(rig.state.clock()->position(), 42.0);
-        // A snapshot without a track ends playing regardless of the hold.
-        controller->merge(Snapshot::empty(Source::spotify), Snapshot::empty(Source::music),
-                          rig.clock.now() + 0.1);
-        QVERIFY(!rig.state.isPlaying());
-    }
-
-    void playRequestBeforeSetupAsksToFinishSetup() {
-        Rig rig;
-        rig.state.publishSpotifyPlaybackError(QStringLiteral("old"));
-        QCOMPARE(QCoro::waitFor(failureOf(
-                     rig.state.playSpotify(SpotifyPlaybackSelection("spotify:track:abc123")))),
-                 QStringLiteral("Finish setting up MIRL PRO first, then you can play music."));
-        QCOMPARE(rig.state.spotifyPlaybackErrorText(), QStringLiteral("old"));
-
-        rig.state.start();
-        QStringList requested;
-        rig.state.setPlayRequester([&](const SpotifyPlaybackSelection& s) -> QCoro::Task<void> {
-            requested << s.trackURI;
-            co_return;
-        });
-        QCOMPARE(QCoro::waitFor(failureOf(
-                     rig.state.playSpotify(SpotifyPlaybackSelection("spotify:track:abc123")))),
-                 QString());
-        QCOMPARE(requested, QStringList{"spotify:track:abc123"});
-        QVERIFY(!rig.state.spotifyPlaybackError().has_value());
     }
 
     void playSelectionsAreStrict_data() {
@@ -304,17 +223,6 @@ private Q_SLOTS:
         rig.clock.advance(2);
         QVERIFY(!rig.state.tickFade());
         QCOMPARE(rig.state.eqStore()->levels().first(), 0.9);
-    }
-
-    void openingPlayersOnPurpose() {
-        Rig rig;
-        rig.state.openSpotify("spotify:album:xyz");
-        rig.state.openSpotify("https://example.com/not-spotify");
-        rig.state.openSpotify();
-        rig.state.publishSourceName("Music");
-        rig.state.openSource();
-        QCOMPARE(rig.bridge.commands(), (QStringList{"open spotify:album:xyz", "open Spotify",
-                                                     "open Spotify", "open Music"}));
     }
 };
 

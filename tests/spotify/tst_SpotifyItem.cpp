@@ -78,18 +78,6 @@ private Q_SLOTS:
         QVERIFY(search.next);
     }
 
-    void albumDetailAndLabel() {
-        const SpotifyPage page = pageFromJSON(fixtureObject("artist_albums.json"));
-        QCOMPARE(page.items.size(), 4);
-        QCOMPARE(page.items[0].detail, QStringLiteral("2019 • Album"));
-        QCOMPARE(page.items[0].image, QUrl("https://i.scdn.co/image/hl-64"));
-        QCOMPARE(page.items[0].largeImage, QUrl("https://i.scdn.co/image/hl-640"));
-        QCOMPARE(page.items[1].detail, QStringLiteral("2021 • EP"));
-        QCOMPARE(page.items[2].detail, QStringLiteral("2022 • Single"));
-        QCOMPARE(page.items[3].detail, QStringLiteral("Compilation")); // no release date
-        QCOMPARE(page.items[3].subtitle, QString());                   // an empty artist list
-    }
-
     void albumLabelRules_data() {
         QTest::addColumn<QByteArray>("json");
         QTest::addColumn<QString>("label"); // empty: none
@@ -115,14 +103,6 @@ private Q_SLOTS:
         QCOMPARE(result.has_value(), !label.isEmpty());
     }
 
-    void artistWithoutImagesHasNoCovers() {
-        const auto item = itemFromJSON(fixtureObject("artist.json"));
-        QVERIFY(item);
-        QCOMPARE(item->subtitle, QStringLiteral("Artist"));
-        QVERIFY(!item->image && !item->largeImage);
-        QCOMPARE(bareID(*item), QStringLiteral("7jy3rLJdDQY21OgRLCZ9sD"));
-    }
-
     void objectsThatAreNoItem_data() {
         QTest::addColumn<QByteArray>("json");
         QTest::newRow("episode") << QByteArray(
@@ -135,30 +115,6 @@ private Q_SLOTS:
     void objectsThatAreNoItem() {
         QFETCH(QByteArray, json);
         QVERIFY(!itemFromJSON(QJsonDocument::fromJson(json).object()));
-    }
-
-    void uriIsRebuiltFromTypeAndID() {
-        const auto item = itemFromJSON(parse(
-            R"({"id":"abc","name":"n","uri":"junk","type":"playlist","images":[{"url":"not a url with spaces"}]})"));
-        QVERIFY(item);
-        QCOMPARE(item->uri, QStringLiteral("spotify:playlist:abc"));
-        QVERIFY(!item->image); // an unparsable address gives no cover
-    }
-
-    void artistItemsPairByPosition() {
-        SpotifyItem track;
-        track.artistIDs = {"a1", "a2", "a3"};
-        track.artistNames = {"One", "Two"};
-        const QList<SpotifyItem> artists = artistItems(track);
-        QCOMPARE(artists.size(), 2);
-        QCOMPARE(artists[1].id, QStringLiteral("spotify:artist:a2"));
-        QCOMPARE(artists[1].uri, artists[1].id);
-        QCOMPARE(artists[1].name, QStringLiteral("Two"));
-        QCOMPARE(artists[1].subtitle, QStringLiteral("Artist"));
-        QCOMPARE(artists[1].kind, QStringLiteral("artist"));
-        QVERIFY(artists[1].artistIDs.isEmpty() && !artists[1].image && !artists[1].durationMs);
-        SpotifyItem none;
-        QCOMPARE(bareID(none), QString());
     }
 
     void storedFormRoundTripsAndRejectsMissingKeys() {

@@ -4,6 +4,7 @@
 #include "core/Clock.h"
 #include "core/Preferences.h"
 #include "core/PrivateFile.h"
+#include "support/RawHttpClient.h"
 
 #include <QCoro/QCoroTimer>
 #include <QDir>
@@ -12,14 +13,12 @@
 #include <QJsonDocument>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-#include <QRandomGenerator>
 #include <QSignalSpy>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QUrlQuery>
 #include <memory>
-#include <sys/socket.h>
 #include <sys/stat.h>
 
 using namespace MirlPlayer;
@@ -120,27 +119,10 @@ struct Browser {
     }
 };
 
-// A raw connection to the loopback port.
-struct RawClient {
-    std::unique_ptr<QTcpSocket> socket = std::make_unique<QTcpSocket>();
-    QByteArray received;
-    bool closed = false;
-    RawClient() {
-        QObject::connect(socket.get(), &QTcpSocket::readyRead,
-                         [this] { received += socket->readAll(); });
-        QObject::connect(socket.get(), &QTcpSocket::disconnected, [this] { closed = true; });
-        QObject::connect(socket.get(), &QTcpSocket::errorOccurred, [this] { closed = true; });
-        socket->connectToHost(QHostAddress::LocalHost, SpotifyLibrary::callbackPort);
-        socket->waitForConnected(2000);
-    }
-    void send(const QByteArray& bytes) {
-        socket->write(bytes);
-        socket->flush();
-    }
-    bool waitClosed(int ms = 3000) {
-        return QTest::qWaitFor([this] { return closed; }, ms);
-    }
-    QByteArray statusLine() const { return received.left(received.indexOf("\r\n")); }
+// A raw connection to the sign-in port.
+struct RawClient : MirlTest::RawHttpClient {
+    RawClient()
+        : RawHttpClient(SpotifyLibrary::callbackPort) {}
 };
 
 QByteArray callbackRequest(const QString& query) {
@@ -243,53 +225,6 @@ private Q_SLOTS:
         QCOMPARE(m_prefs->stringValue("spotifyClientID"), accepted ? kClient : QString());
     }
 
-    void sameClientIDAgainChangesNothing() {
-        m_lib = makeLibrary(QString());
-        QVERIFY(m_lib->setClientID(kClient));
-        const int generation = m_lib->generation();
-        QVERIFY(m_lib->setClientID(kClient.toUpper()));
-        QCOMPARE(m_lib->generation(), generation);
-        // A new ID resets the session and picks up that ID's stored sign-in.
-        const QString other = QStringLiteral("fedcba9876543210fedcba9876543210");
-        QVERIFY(writePrivateFile(SpotifyLibrary::signInFilePath(),
-                                 QJsonDocument(QJsonObject{{other, "r"}}).toJson()));
-        QVERIFY(!m_lib->connected());
-        QVERIFY(m_lib->setClientID(other));
-        QVERIFY(m_lib->generation() > generation);
-        QVERIFY(m_lib->connected());
-    }
-
-    void clientIDComesFromTheSettingWhenNotGiven() {
-        m_prefs->setValue("spotifyClientID", QString(" " + kClient + "\n"));
-        m_lib = makeLibrary(std::nullopt);
-        QCOMPARE(m_lib->clientID(), kClient);
-    }
-
-    void signInWithoutClientIDAsksForSetup() {
-        m_lib = makeLibrary(QString());
-        m_lib->beginSignIn();
-        QCOMPARE(m_lib->connectionError(),
-                 QStringLiteral("Set up your Spotify app first (Settings → Spotify)."));
-        QVERIFY(!m_lib->connecting());
-        QVERIFY(m_opened.isEmpty());
-    }
-
-    void unreadableSignInFileMeansSignedOut_data() {
-        QTest::addColumn<QByteArray>("content");
-        QTest::newRow("not json") << QByteArray("{{{");
-        QTest::newRow("token not a string")
-            << QByteArray(R"({"0123456789abcdef0123456789abcdef":5})");
-        QTest::newRow("empty token") << QByteArray(R"({"0123456789abcdef0123456789abcdef":""})");
-        QTest::newRow("other client only")
-            << QByteArray(R"({"ffffffffffffffffffffffffffffffff":"r"})");
-    }
-    void unreadableSignInFileMeansSignedOut() {
-        QFETCH(QByteArray, content);
-        QVERIFY(writePrivateFile(SpotifyLibrary::signInFilePath(), content));
-        m_lib = makeLibrary();
-        QVERIFY(!m_lib->connected());
-    }
-
     // --- sign-in ---
 
     void signInThroughTheBrowserConnectsAndSurvivesARestart() {
@@ -299,19 +234,12 @@ private Q_SLOTS:
         QCOMPARE(m_opened.size(), 1);
 
         const QUrl url = m_opened.first();
-        const auto items = QUrlQuery(url).queryItems(QUrl::FullyDecoded);
-        QStringList names;
-        for (const auto& item : items)
-            names.append(item.first);
-        QCOMPARE(names, QStringList({"client_id", "response_type", "redirect_uri",
-                                     "code_challenge_method", "code_challenge", "state", "scope"}));
-        QCOMPARE(items[0].second, kClient);
-        QCOMPARE(items[1].second, QStringLiteral("code"));
-        QCOMPARE(items[2].second, QStringLiteral("http://127.0.0.1:43821/callback"));
-        QCOMPARE(items[3].second, QStringLiteral("S256"));
-        QCOMPARE(items[4].second.size(), 43);
-        QCOMPARE(items[5].second.size(), 43);
-        QCOMPARE(items[6].second, SpotifyLibrary::scopes);
+        const QUrlQuery query(url);
+        QCOMPARE(query.queryItemValue("client_id"), kClient);
+        QCOMPARE(query.queryItemValue("redirect_uri", QUrl::FullyDecoded),
+                 QStringLiteral("http://127.0.0.1:43821/callback"));
+        QCOMPARE(query.queryItemValue("code_challenge_method"), QStringLiteral("S256"));
+        QCOMPARE(query.queryItemValue("scope", QUrl::FullyDecoded), SpotifyLibrary::scopes);
 
         Browser browser;
         browser.open(url);
@@ -326,16 +254,9 @@ private Q_SLOTS:
         QVERIFY(portIsFree());
 
         // The fake accounts service only answers the exchange when the verifier fits the challenge.
-        const auto token = m_server->requests.last();
-        QCOMPARE(token.path, QStringLiteral("/api/token"));
-        QCOMPARE(token.headers.value("content-type"),
-                 QByteArray("application/x-www-form-urlencoded"));
-        const QUrlQuery form = token.form();
+        const QUrlQuery form = m_server->requests.last().form();
         QCOMPARE(form.queryItemValue("grant_type"), QStringLiteral("authorization_code"));
         QCOMPARE(form.queryItemValue("code"), m_server->code);
-        QCOMPARE(form.queryItemValue("redirect_uri", QUrl::FullyDecoded),
-                 QStringLiteral("http://127.0.0.1:43821/callback"));
-        QCOMPARE(form.queryItemValue("client_id"), kClient);
         QVERIFY(m_lib->hasPlaybackScopes());
         QVERIFY(m_lib->grantedScopes()->contains("user-library-modify"));
 
@@ -352,96 +273,6 @@ private Q_SLOTS:
         QVERIFY(!restarted->grantedScopes());
         QVERIFY(restarted->hasPlaybackScopes());
         QCOMPARE(m_server->requests.size(), 2);
-    }
-
-    void strayRequestsDuringTheFlowAreTurnedAway_data() {
-        QTest::addColumn<QByteArray>("request");
-        QTest::addColumn<QByteArray>("status"); // empty: closed without an answer
-        QTest::newRow("wrong state")
-            << callbackRequest("code=x&state=wrong") << QByteArray("HTTP/1.1 400 Bad Request");
-        QTest::newRow("other path") << QByteArray("GET /favicon.ico HTTP/1.1\r\n\r\n")
-                                    << QByteArray("HTTP/1.1 400 Bad Request");
-        QTest::newRow("no state") << callbackRequest("code=x")
-                                  << QByteArray("HTTP/1.1 400 Bad Request");
-        QTest::newRow("not a GET")
-            << QByteArray("POST /callback?code=x&state=STATE HTTP/1.1\r\n\r\n")
-            << QByteArray("HTTP/1.1 400 Bad Request");
-        QTest::newRow("no target")
-            << QByteArray("GET\r\n\r\n") << QByteArray("HTTP/1.1 400 Bad Request");
-        QTest::newRow("garbage") << QByteArray("\x01\x02\xff\xfe\r\n\r\n")
-                                 << QByteArray("HTTP/1.1 400 Bad Request");
-        QTest::newRow("16385 bytes without header end") << QByteArray(16385, 'G') << QByteArray();
-        QTest::newRow("slow client holding the socket")
-            << QByteArray("GET /callback?state=") << QByteArray();
-    }
-    void strayRequestsDuringTheFlowAreTurnedAway() {
-        QFETCH(QByteArray, request);
-        QFETCH(QByteArray, status);
-        m_lib = makeLibrary();
-        m_lib->beginSignIn();
-        request.replace("STATE", oauthState().toUtf8());
-
-        RawClient client;
-        client.send(request);
-        QVERIFY(client.waitClosed());
-        QCOMPARE(client.statusLine(), status);
-        QVERIFY(m_lib->connecting());
-        QVERIFY(!m_lib->connectionError());
-
-        // The flow goes on: the real callback still signs in.
-        Browser browser;
-        browser.open(m_opened.last());
-        QTRY_VERIFY(m_lib->connected());
-        QCOMPARE(browser.status, 200);
-    }
-
-    void thousandRandomRequestsThenAValidSignIn() {
-        m_lib = makeLibrary();
-        m_lib->beginSignIn();
-        QRandomGenerator random(20261121);
-        int answered = 0;
-        for (int batch = 0; batch < 20; ++batch) {
-            std::vector<std::unique_ptr<RawClient>> clients;
-            for (int i = 0; i < 50; ++i) {
-                QByteArray bytes;
-                switch (random.bounded(4)) {
-                case 0: // random bytes, sometimes with a header end
-                    for (int n = random.bounded(300); n > 0; --n)
-                        bytes += char(random.bounded(256));
-                    if (random.bounded(2))
-                        bytes += "\r\n\r\n";
-                    break;
-                case 1:
-                    bytes = callbackRequest("code=evil&state=" +
-                                            QString::number(random.generate64(), 36));
-                    break;
-                case 2:
-                    bytes =
-                        "GET /" + QByteArray::number(random.generate(), 16) + " HTTP/1.1\r\n\r\n";
-                    break;
-                default:
-                    bytes = "GET /callback?state=" + oauthState().toUtf8().left(random.bounded(43));
-                    break;
-                }
-                auto client = std::make_unique<RawClient>();
-                client->send(bytes);
-                // Half-finished requests end here; the answer can still come back.
-                ::shutdown(int(client->socket->socketDescriptor()), SHUT_WR);
-                clients.push_back(std::move(client));
-            }
-            for (auto& client : clients) {
-                QVERIFY(client->waitClosed());
-                if (!client->received.isEmpty()) {
-                    QCOMPARE(client->statusLine(), QByteArray("HTTP/1.1 400 Bad Request"));
-                    ++answered;
-                }
-            }
-            QVERIFY(m_lib->connecting());
-        }
-        QVERIFY(answered > 0);
-        Browser browser;
-        browser.open(m_opened.last());
-        QTRY_VERIFY(m_lib->connected());
     }
 
     void refusalInTheBrowserEndsTheFlowWithItsMessage() {
@@ -478,40 +309,6 @@ private Q_SLOTS:
         QVERIFY(!m_lib->connected());
     }
 
-    void busyPortIsReported() {
-        QTcpServer squatter;
-        QVERIFY(squatter.listen(QHostAddress::LocalHost, SpotifyLibrary::callbackPort));
-        m_lib = makeLibrary();
-        m_lib->beginSignIn();
-        QCOMPARE(m_lib->connectionError(),
-                 QStringLiteral("Could not start Spotify sign-in. Port 43821 may be in use."));
-        QVERIFY(!m_lib->connecting());
-        QVERIFY(m_opened.isEmpty());
-    }
-
-    void newSignInForgetsTheOldOne() {
-        signedIn();
-        m_lib->beginSignIn();
-        QVERIFY(!m_lib->connected());
-        QVERIFY(!QFile::exists(SpotifyLibrary::signInFilePath()));
-        m_lib->endSignInFlow(); // Cancel
-        QVERIFY(!m_lib->connecting());
-        QVERIFY(portIsFree());
-    }
-
-    void failedExchangeShowsItsError() {
-        m_lib = makeLibrary();
-        m_lib->beginSignIn();
-        m_server->code = QStringLiteral("another-code"); // the exchange will not match
-        RawClient client;
-        client.send(callbackRequest("code=auth-code-1&state=" + oauthState()));
-        QTRY_VERIFY(!m_lib->connecting());
-        QCOMPARE(m_lib->connectionError(),
-                 QStringLiteral("Spotify could not connect to MIRL PRO. Please try again. If this "
-                                "continues, contact MIRL PRO support."));
-        QVERIFY(!m_lib->connected());
-    }
-
     // --- token answers ---
 
     void tokenAnswerRules_data() {
@@ -527,13 +324,8 @@ private Q_SLOTS:
             << "new";
         QTest::newRow("expires_in 1000") << QByteArray(R"({"access_token":"a","expires_in":1000})")
                                          << 200 << "" << 940.0 << "refresh-0";
-        QTest::newRow("expires_in not a number")
-            << QByteArray(R"({"access_token":"a","expires_in":"1000"})") << 200 << "" << 3540.0
-            << "refresh-0";
         QTest::newRow("status 500")
             << QByteArray(R"({"access_token":"a"})") << 500 << refused << 0.0 << "refresh-0";
-        QTest::newRow("not an object")
-            << QByteArray(R"(["access_token"])") << 200 << refused << 0.0 << "refresh-0";
         QTest::newRow("no access token")
             << QByteArray(R"({"refresh_token":"new"})") << 200 << refused << 0.0 << "refresh-0";
     }
@@ -562,50 +354,6 @@ private Q_SLOTS:
         QVERIFY(m_lib->connected()); // a failed refresh does not sign out
     }
 
-    void unparsableTokenAnswerRaisesTheParserError() {
-        signedIn();
-        m_server->tokenAnswer = "{\"access_token\":";
-        auto out = start(m_lib->requestToken(
-            {{"grant_type", "refresh_token"}, {"refresh_token", "r"}}, m_lib->generation()));
-        QVERIFY(finished(out));
-        QVERIFY(out->isSystemError());
-    }
-
-    void tokenThatCannotBeSavedLeavesNoHalfSession() {
-        signedIn();
-        // A folder where the file should be: the write cannot succeed.
-        QFile::remove(SpotifyLibrary::signInFilePath());
-        QVERIFY(QDir().mkpath(SpotifyLibrary::signInFilePath()));
-        QCOMPARE(run(m_lib->requestToken({{"grant_type", "refresh_token"}, {"refresh_token", "r"}},
-                                         m_lib->generation())),
-                 QStringLiteral("MIRL PRO could not save your connection. Please try again."));
-        QVERIFY(!m_lib->hasAccessToken());
-        QVERIFY(QDir().rmdir(SpotifyLibrary::signInFilePath()));
-    }
-
-    void scopesOfTheAnswerDecidePlaybackAndLikes() {
-        signedIn();
-        m_server->tokenAnswer =
-            R"({"access_token":"a","scope":"  user-library-read   user-read-playback-state "})";
-        QCOMPARE(run(m_lib->requestToken({{"grant_type", "refresh_token"}, {"refresh_token", "r"}},
-                                         m_lib->generation())),
-                 QString());
-        QCOMPARE(m_lib->grantedScopeList(),
-                 QStringList({"user-library-read", "user-read-playback-state"}));
-        QVERIFY(!m_lib->hasPlaybackScopes());
-        const int before = m_server->apiRequestCount();
-        QCOMPARE(run(m_lib->setSaved({"spotify:track:a"}, true)),
-                 QStringLiteral("To like songs from MIRL PRO, reconnect Spotify once (Settings → "
-                                "Spotify) so MIRL PRO may update your Liked Songs."));
-        QCOMPARE(m_server->apiRequestCount(), before);
-        // An answer without scopes keeps the known ones.
-        m_server->tokenAnswer = R"({"access_token":"b"})";
-        QCOMPARE(run(m_lib->requestToken({{"grant_type", "refresh_token"}, {"refresh_token", "r"}},
-                                         m_lib->generation())),
-                 QString());
-        QCOMPARE(m_lib->grantedScopeList().size(), 2);
-    }
-
     // --- the request path ---
 
     void statusesMapToTheirWords_data() {
@@ -614,21 +362,13 @@ private Q_SLOTS:
         QTest::addColumn<QString>("message");
         QTest::newRow("200") << 200 << ""
                              << "";
-        QTest::newRow("204") << 204 << ""
-                             << "";
         QTest::newRow("403")
             << 403 << ""
             << "Spotify refused this. If it keeps happening, open your app at the "
                "Spotify Developer Dashboard → User Management and add the email of "
                "your Spotify account. Spotify Premium is required for your own app.";
-        QTest::newRow("403 with the caller's words") << 403 << "Not allowed."
-                                                     << "Not allowed.";
         QTest::newRow("401") << 401 << ""
                              << "Your Spotify session expired. Retry, or reconnect your account.";
-        QTest::newRow("404") << 404 << ""
-                             << "Spotify couldn’t load this content (404). Please try again.";
-        QTest::newRow("502") << 502 << ""
-                             << "Spotify couldn’t load this content (502). Please try again.";
     }
     void statusesMapToTheirWords() {
         QFETCH(int, status);
@@ -660,43 +400,11 @@ private Q_SLOTS:
                  QByteArray("Bearer access-2"));
     }
 
-    void writesWithoutBodySendAnExplicitlyEmptyOne() {
-        signedIn();
-        m_server->route("PUT /v1/me/player/play", {204, {}, {}, 0});
-        m_server->route("POST /v1/me/player/queue", {200, {}, {}, 0});
-        QCOMPARE(run(m_lib->request("me/player/play?device_id=d1", "PUT")), QString());
-        QCOMPARE(
-            run(m_lib->request("me/player/queue?uri=spotify%3Atrack%3Ax&device_id=d1", "POST")),
-            QString());
-        const auto sent = m_server->apiRequests();
-        QCOMPARE(sent[0].method, QByteArray("PUT"));
-        QCOMPARE(sent[0].headers.value("content-length"), QByteArray("0"));
-        QCOMPARE(sent[1].method, QByteArray("POST"));
-        QCOMPARE(sent[1].query.queryItemValue("uri", QUrl::FullyDecoded),
-                 QStringLiteral("spotify:track:x"));
-        // With a body: JSON and its type.
-        m_server->route("PUT /v1/me/player/play", {204, {}, {}, 0});
-        QCOMPARE(run(m_lib->request("me/player/play", "PUT",
-                                    QJsonObject{{"uris", QJsonArray{"spotify:track:x"}}})),
-                 QString());
-        QCOMPARE(m_server->apiRequests().last().headers.value("content-type"),
-                 QByteArray("application/json"));
-        QCOMPARE(QJsonDocument::fromJson(m_server->apiRequests().last().body)
-                     .object()
-                     .value("uris")
-                     .toArray()
-                     .first()
-                     .toString(),
-                 QStringLiteral("spotify:track:x"));
-    }
-
     void addressesOutsideTheWebAPINeverSeeTheToken_data() {
         QTest::addColumn<QString>("address");
         QTest::newRow("other host") << "https://evil.example/v1/me";
-        QTest::newRow("other scheme") << "https://127.0.0.1:PORT/v1/me";
         QTest::newRow("other port") << "http://127.0.0.1:1/v1/me";
         QTest::newRow("outside v1") << "http://127.0.0.1:PORT/v2/me";
-        QTest::newRow("with user info") << "http://user@127.0.0.1:PORT/v1/me";
         QTest::newRow("host by another name") << "http://localhost:PORT/v1/me";
     }
     void addressesOutsideTheWebAPINeverSeeTheToken() {
@@ -739,26 +447,12 @@ private Q_SLOTS:
         QCOMPARE(elsewhere.connections, 0);
     }
 
-    void nextLinkOfTheWebAPIIsFollowed() {
-        signedIn();
-        m_server->routeFixture("GET /v1/me/tracks", "saved_tracks.json");
-        const QString next = m_server->apiBase().toString() + "me/tracks?offset=30&limit=30";
-        auto out = start(m_lib->getJSON(next, true));
-        QVERIFY(finished(out));
-        QCOMPARE(out->message(), QString());
-        QCOMPARE(out->value->value("total").toInt(), 1204);
-        QCOMPARE(m_server->apiRequests().last().query.queryItemValue("offset"),
-                 QStringLiteral("30"));
-    }
-
     void rateLimitPausesAllRequests_data() {
         QTest::addColumn<QByteArray>("retryAfter"); // "-" for no header
         QTest::addColumn<double>("pause");
         QTest::newRow("seconds") << QByteArray("120") << 120.0;
         QTest::newRow("zero is one second") << QByteArray("0") << 1.0;
-        QTest::newRow("fraction") << QByteArray("2.5") << 2.5;
         QTest::newRow("no header") << QByteArray("-") << 30.0;
-        QTest::newRow("a date") << QByteArray("Wed, 21 Oct 2026 07:28:00 GMT") << 30.0;
         QTest::newRow("garbage") << QByteArray("soon") << 30.0;
         QTest::newRow("a week is a day") << QByteArray("604800") << 86400.0;
     }
@@ -787,17 +481,6 @@ private Q_SLOTS:
         m_server->clearRoute("GET /v1/me");
         m_server->routeFixture("GET /v1/me", "me.json");
         QCOMPARE(run(m_lib->getJSON("me")), QString());
-    }
-
-    void quotaExceededIsHandledLikeAnyRateLimit() {
-        signedIn();
-        m_server->route("GET /v1/me", {429,
-                                       R"({"error":{"status":429,"message":"QUOTA_EXCEEDED"}})",
-                                       {{"Retry-After", "86400"}},
-                                       0});
-        const QString message = run(m_lib->getJSON("me"));
-        QCOMPARE(message, m_lib->rateLimitMessage());
-        QVERIFY(m_lib->pauseMoment() >= m_clock->wallNow() + 86400 - 1e-6);
     }
 
     void pauseNeverGetsShorterAndSurvivesARestart() {
@@ -910,112 +593,7 @@ private Q_SLOTS:
         QCOMPARE(m_server->apiRequestCount(), 0);
     }
 
-    void slowAnswerEndsAsATransportError() {
-        signedIn();
-        SpotifyTimings timings;
-        timings.requestTimeoutMs = 200;
-        m_lib->setTimings(timings);
-        m_server->route("GET /v1/me", {200, "{}", {}, 1500});
-        auto out = start(m_lib->getJSON("me"));
-        QVERIFY(finished(out));
-        QVERIFY(out->isSystemError());
-    }
-
-    void jsonAnswers_data() {
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<int>("keys"); // -1: a parser error
-        QTest::newRow("object") << QByteArray(R"({"a":1,"b":2})") << 2;
-        QTest::newRow("empty body") << QByteArray() << 0;
-        QTest::newRow("array") << QByteArray("[1,2]") << 0;
-        QTest::newRow("broken") << QByteArray("{\"a\":") << -1;
-    }
-    void jsonAnswers() {
-        QFETCH(QByteArray, body);
-        QFETCH(int, keys);
-        signedIn();
-        m_server->route("GET /v1/me", {200, body, {}, 0});
-        auto out = start(m_lib->getJSON("me"));
-        QVERIFY(finished(out));
-        if (keys < 0) {
-            QVERIFY(out->isSystemError());
-        } else {
-            QCOMPARE(out->message(), QString());
-            QCOMPARE(out->value->size(), keys);
-        }
-    }
-
     // --- likes ---
-
-    void savedStateIsAskedInBatchesOfForty() {
-        signedIn();
-        QStringList uris;
-        for (int i = 0; i < 85; ++i)
-            uris.append(QStringLiteral("spotify:track:t%1").arg(i));
-        QJsonArray forty;
-        for (int i = 0; i < 40; ++i)
-            forty.append(i % 2 == 0);
-        m_server->routeJSON("GET /v1/me/library/contains", QJsonDocument(forty).toJson());
-        m_server->routeJSON("GET /v1/me/library/contains",
-                            "[true, true]"); // shorter than its batch
-        m_server->routeJSON("GET /v1/me/library/contains", R"({"not":"a list"})");
-        auto out = start(m_lib->areSaved(uris));
-        QVERIFY(finished(out));
-        QCOMPARE(out->message(), QString());
-        const auto sent = m_server->apiRequests();
-        QCOMPARE(sent.size(), 3);
-        QCOMPARE(sent[0].query.queryItemValue("uris", QUrl::FullyDecoded),
-                 uris.mid(0, 40).join(','));
-        QCOMPARE(sent[2].query.queryItemValue("uris", QUrl::FullyDecoded), uris.mid(80).join(','));
-        QVERIFY(sent[0].target.contains("spotify%3Atrack%3At0%2Cspotify%3Atrack%3At1"));
-        QCOMPARE(out->value->size(), 42);
-        QCOMPARE(out->value->value("spotify:track:t0"), true);
-        QCOMPARE(out->value->value("spotify:track:t1"), false);
-        QCOMPARE(out->value->value("spotify:track:t41"), true);
-        QVERIFY(!out->value->contains("spotify:track:t42"));
-
-        const int before = m_server->apiRequestCount();
-        auto none = start(m_lib->areSaved({}));
-        QVERIFY(finished(none));
-        QVERIFY(none->value->isEmpty());
-        QCOMPARE(m_server->apiRequestCount(), before);
-    }
-
-    void likingSendsBatchesAndStopsAtTheFirstFailure() {
-        signedIn(); // scopes unknown after a restart: likes are tried
-        QStringList uris;
-        for (int i = 0; i < 100; ++i)
-            uris.append(QStringLiteral("spotify:track:t%1").arg(i));
-        m_server->route("PUT /v1/me/library", {200, {}, {}, 0});
-        m_server->route("PUT /v1/me/library", {403, {}, {}, 0});
-        QCOMPARE(run(m_lib->setSaved(uris, true)),
-                 QStringLiteral("To like songs from MIRL PRO, reconnect Spotify once (Settings → "
-                                "Spotify) so MIRL PRO may update your Liked Songs."));
-        QCOMPARE(m_server->apiRequestCount(), 2);
-        m_server->route("DELETE /v1/me/library", {200, {}, {}, 0});
-        QCOMPARE(run(m_lib->setSaved(uris.mid(0, 3), false)), QString());
-        QCOMPARE(m_server->apiRequests().last().method, QByteArray("DELETE"));
-        QCOMPARE(m_server->apiRequests().last().query.queryItemValue("uris", QUrl::FullyDecoded),
-                 uris.mid(0, 3).join(','));
-    }
-
-    void likedSongsContextNamesTheUser() {
-        signedIn();
-        m_server->route("GET /v1/me", {500, {}, {}, 0});
-        auto failed = start(m_lib->userCollectionURI());
-        QVERIFY(finished(failed));
-        QCOMPARE(failed->message(), QString());
-        QVERIFY(!failed->value->has_value());
-
-        m_server->clearRoute("GET /v1/me");
-        m_server->routeFixture("GET /v1/me", "me.json");
-        auto out = start(m_lib->userCollectionURI());
-        QVERIFY(finished(out));
-        QCOMPARE(out->value->value_or(QString()), QStringLiteral("spotify:user:ann.k:collection"));
-        const int before = m_server->apiRequestCount();
-        auto again = start(m_lib->userCollectionURI());
-        QVERIFY(finished(again));
-        QCOMPARE(m_server->apiRequestCount(), before); // the user id is remembered
-    }
 
     // --- devices ---
 
@@ -1037,12 +615,6 @@ private Q_SLOTS:
             << "devices.json"
             << "a1b2c3d4e5f60718293a4b5c6d7e8f9012345678"
             << "Spotify Connect: this Mac is “Office Desktop” (matched by the playing song)";
-        QTest::newRow("another song plays: by name")
-            << "Ann's ThinkPad"
-            << "spotify:track:other"
-            << "devices.json"
-            << "5fbb3ba6aa454b5534c4ba43a8c7e8e45a63ad0e"
-            << "Spotify Connect: this Mac is “Ann’s ThinkPad” (matched by name)";
         QTest::newRow("unknown name, nothing playing")
             << "zed"
             << ""
@@ -1056,13 +628,6 @@ private Q_SLOTS:
             << R"({"devices":[{"id":"c1","name":"Den","type":"computer"},{"id":"p","type":"Smartphone"}]})"
             << "c1"
             << "Spotify Connect: using the only computer, “Den”";
-        QTest::newRow("restricted computer never chosen")
-            << "Den"
-            << ""
-            << R"({"devices":[{"id":"c1","name":"Den","type":"Computer","is_restricted":true}]})"
-            << ""
-            << "Spotify Connect: couldn't tell which device is this Mac. Devices: Den (Computer); "
-               "this Mac: Den";
         QTest::newRow("no devices")
             << ""
             << ""
@@ -1089,56 +654,6 @@ private Q_SLOTS:
         QCOMPARE(out->message(), QString());
         QCOMPARE(out->value->value_or(QString()), expected);
         QCOMPARE(m_log, QStringList{logLine});
-    }
-
-    void playerLookupFailureFallsBackToTheName() {
-        signedIn();
-        m_lib->setMachineName("Ann’s ThinkPad");
-        m_server->routeFixture("GET /v1/me/player/devices", "devices.json");
-        m_server->route("GET /v1/me/player", {503, {}, {}, 0});
-        auto out =
-            start(m_lib->resolveThisMac(QStringLiteral("spotify:track:6rqhFgbbKwnb9MLmUQDhG6")));
-        QVERIFY(finished(out));
-        QCOMPARE(out->value->value_or(QString()),
-                 QStringLiteral("5fbb3ba6aa454b5534c4ba43a8c7e8e45a63ad0e"));
-    }
-
-    void deviceListIsCachedForThirtySeconds() {
-        signedIn();
-        m_lib->setMachineName("Office Desktop");
-        m_server->routeFixture("GET /v1/me/player/devices", "devices.json");
-        auto first = start(m_lib->resolveThisMac(std::nullopt));
-        QVERIFY(finished(first));
-        QCOMPARE(first->value->value_or(QString()),
-                 QStringLiteral("a1b2c3d4e5f60718293a4b5c6d7e8f9012345678"));
-        QCOMPARE(m_server->apiRequestCount(), 1);
-        m_clock->advance(29.0);
-        auto second = start(m_lib->resolveThisMac(std::nullopt));
-        QVERIFY(finished(second));
-        QCOMPARE(m_server->apiRequestCount(), 1);
-        QCOMPARE(second->value->value_or(QString()), first->value->value_or(QString()));
-
-        // Later the remembered device is gone from the list: resolved afresh.
-        m_clock->advance(1.5);
-        m_server->clearRoute("GET /v1/me/player/devices");
-        m_server->routeJSON(
-            "GET /v1/me/player/devices",
-            R"({"devices":[{"id":"new","name":"Office Desktop","type":"Computer"}]})");
-        auto third = start(m_lib->resolveThisMac(std::nullopt));
-        QVERIFY(finished(third));
-        QCOMPARE(m_server->apiRequestCount(), 2);
-        QCOMPARE(third->value->value_or(QString()), QStringLiteral("new"));
-        QCOMPARE(m_lib->thisMacDeviceID().value_or(QString()), QStringLiteral("new"));
-
-        m_lib->resetSession();
-        QVERIFY(!m_lib->thisMacDeviceID());
-    }
-
-    void deviceListFailureReachesTheCaller() {
-        signedIn();
-        m_server->route("GET /v1/me/player/devices", {500, {}, {}, 0});
-        QCOMPARE(run(m_lib->resolveThisMac(std::nullopt)),
-                 QStringLiteral("Spotify couldn’t load this content (500). Please try again."));
     }
 };
 

@@ -1,4 +1,5 @@
 #include "spotify/SpotifyLoopbackServer.h"
+#include "support/RawHttpClient.h"
 
 #include <QHostAddress>
 #include <QTcpSocket>
@@ -9,30 +10,7 @@ using namespace MirlPlayer;
 
 namespace {
 
-// A raw client: sends bytes and collects whatever comes back until the server closes.
-struct Client {
-    std::unique_ptr<QTcpSocket> socket = std::make_unique<QTcpSocket>();
-    QByteArray received;
-    bool closed = false;
-
-    explicit Client(quint16 port) {
-        QObject::connect(socket.get(), &QTcpSocket::readyRead,
-                         [this] { received += socket->readAll(); });
-        QObject::connect(socket.get(), &QTcpSocket::disconnected, [this] {
-            received += socket->readAll();
-            closed = true;
-        });
-        socket->connectToHost(QHostAddress::LocalHost, port);
-        socket->waitForConnected(2000);
-    }
-    void send(const QByteArray& bytes) {
-        socket->write(bytes);
-        socket->flush();
-    }
-    bool waitClosed(int ms = 3000) {
-        return QTest::qWaitFor([this] { return closed; }, ms);
-    }
-};
+using Client = MirlTest::RawHttpClient;
 
 } // namespace
 

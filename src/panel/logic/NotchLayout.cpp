@@ -32,10 +32,7 @@ void NotchLayout::setLibraryOpen(bool open) {
 }
 
 void NotchLayout::setMotion(std::optional<Spring> motion) {
-    if (m_motion == motion)
-        return;
     m_motion = motion;
-    Q_EMIT motionChanged();
 }
 
 void NotchLayout::setPlacement(double centerX, double top, bool expanded, QSizeF size,

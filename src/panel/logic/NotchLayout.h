@@ -25,9 +25,6 @@ class NotchLayout : public QObject {
     Q_PROPERTY(double pillCenterX READ pillCenterX NOTIFY pillCenterXChanged)
     Q_PROPERTY(double pillTop READ pillTop NOTIFY pillTopChanged)
     Q_PROPERTY(QSizeF pillSize READ pillSize NOTIFY pillSizeChanged)
-    Q_PROPERTY(double motionResponse READ motionResponse NOTIFY motionChanged)
-    Q_PROPERTY(double motionDampingFraction READ motionDampingFraction NOTIFY motionChanged)
-    Q_PROPERTY(bool motionAnimated READ motionAnimated NOTIFY motionChanged)
 public:
     static constexpr double gap = 6;
     static constexpr QSizeF fallbackNotchSize{220, 32};
@@ -50,12 +47,6 @@ public:
 
     // The motion with which the latest values were written; none means "jump".
     std::optional<Spring> motion() const { return m_motion; }
-    double motionResponse() const { return m_motion ? m_motion->response : 0; }
-    double motionDampingFraction() const { return m_motion ? m_motion->dampingFraction : 1; }
-    bool motionAnimated() const { return m_motion.has_value(); }
-    Q_INVOKABLE double motionProgress(double seconds) const {
-        return m_motion ? m_motion->progress(seconds) : 1.0;
-    }
 
     void setNotchSize(QSizeF size);
     void setLibraryOpen(bool open);
@@ -77,7 +68,6 @@ Q_SIGNALS:
     void pillCenterXChanged();
     void pillTopChanged();
     void pillSizeChanged();
-    void motionChanged();
     void libraryRequested(bool open);
 
 private:
