@@ -1,5 +1,6 @@
 #include "library/CoverCache.h"
 
+#include "core/PrivateFile.h"
 #include "library/SpotifyMemory.h"
 
 #include <QCoro/QCoroFuture>
@@ -26,6 +27,9 @@ QImage decode(const QByteArray& bytes) {
 
 CoverCache::CoverCache(const QString& diskFolder, QObject* parent)
     : QObject(parent) {
+    // The covers say what the user listens to: their folders are as private as the library's
+    // memory beside them, which the disk cache would otherwise create readable by all.
+    ensurePrivateDir(diskFolder);
     auto* disk = new QNetworkDiskCache(&m_session);
     disk->setCacheDirectory(diskFolder);
     disk->setMaximumCacheSize(diskCapacity);
