@@ -36,7 +36,7 @@ bool ArtSlot::fromMusic() const {
 }
 
 QString ArtSlot::label() const {
-    return fromMusic() ? QStringLiteral("Open Apple Music")
+    return fromMusic() ? QStringLiteral("Open the music player")
                        : QStringLiteral("Browse Spotify library");
 }
 

@@ -12,7 +12,7 @@
 
 namespace MirlPlayer {
 
-// The art square of the card: a tap opens Apple Music when that is the source and the library
+// The art square of the card: a tap raises the music player when that is the source and the library
 // otherwise; resting the pointer on it opens the library after 350 ms with the visualizer shown
 // (1000 ms without), unless the pointer was already on it when the card opened, or a library
 // toggle has just anchored the pointer guard. Hover never opens the library for Apple Music.

@@ -181,7 +181,7 @@ private Q_SLOTS:
         art.tap();
         QCOMPARE(library.count(), 1);
         player.publishSourceName(QStringLiteral("Music"));
-        QCOMPARE(art.label(), QStringLiteral("Open Apple Music")); // at once
+        QCOMPARE(art.label(), QStringLiteral("Open the music player")); // at once
         art.hover(QPointF(10, 10));
         QVERIFY(!art.hoverPending()); // hover never opens the library for Apple Music
         art.tap();
