@@ -261,6 +261,16 @@ private Q_SLOTS:
         QCOMPARE(lastStatus().text, QStringLiteral("Waiting for audio from Spotify…"));
     }
 
+    void aReplacedBackendIsTornDownBeforeItIsLetGo() {
+        startCapturing();
+        FakeCapture other;
+        m_eq->setCaptureBackend(&other);
+        QCOMPARE(m_capture.count("teardown"), 1);
+        QCOMPARE(m_capture.running, quint64(0));
+        QCOMPARE(m_eq->tappedPID(), qint64(-1));
+        m_eq->setCaptureBackend(&m_capture);
+    }
+
     void aSourceChangeTearsDownAndTheSameSourceKeepsTheCapture() {
         startCapturing();
         m_eq->setSource(QStringLiteral("Spotify"));
