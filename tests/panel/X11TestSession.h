@@ -1,9 +1,11 @@
 #pragma once
 
 #include <QByteArray>
+#include <QGuiApplication>
 #include <QList>
 #include <QRect>
 #include <QString>
+#include <QTest>
 #include <memory>
 #include <optional>
 #include <sys/types.h>
@@ -13,11 +15,13 @@ class QSocketNotifier;
 
 namespace MirlPlayer::Test {
 
-// A private X server (Xvfb) and session bus for one test process, started before the
-// application object and stopped with it. Each child is stopped by its own pid.
+// A private X server (Xvfb) and, unless the test brings its own, a session bus for one test
+// process, started before the application object and stopped with it. Each child is stopped by
+// its own pid.
 class X11TestSession {
 public:
-    X11TestSession();
+    enum class Bus { own, inherited };
+    explicit X11TestSession(Bus bus = Bus::own);
     ~X11TestSession();
     bool ok() const { return m_ok; }
     QString error() const { return m_error; }
@@ -104,4 +108,23 @@ private:
     QByteArray m_name;
 };
 
+// The main() of a test on a private X server: the server comes before the application object
+// and goes after it.
+template <typename Test>
+int runOnPrivateX(int argc, char** argv, X11TestSession::Bus bus = X11TestSession::Bus::own) {
+    X11TestSession session(bus);
+    if (!session.ok()) {
+        qWarning("no private X server: %s", qPrintable(session.error()));
+        return 1;
+    }
+    QGuiApplication app(argc, argv);
+    Test test;
+    return QTest::qExec(&test, argc, argv);
+}
+
 } // namespace MirlPlayer::Test
+
+#define MIRL_X11_TEST_MAIN(TestClass)                                                              \
+    int main(int argc, char** argv) {                                                              \
+        return MirlPlayer::Test::runOnPrivateX<TestClass>(argc, argv);                             \
+    }

@@ -236,15 +236,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QGuiApplication app(argc, argv);
-    tst_X11NotchPanel test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_X11NotchPanel)
 
 #include "tst_X11NotchPanel.moc"

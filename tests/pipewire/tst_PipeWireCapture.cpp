@@ -162,20 +162,15 @@ private Q_SLOTS:
         QCOMPARE(std::get<CaptureBackend::Started>(result).format,
                  PipeWireCapture::requestedFormat());
 
-        QTRY_VERIFY_WITH_TIMEOUT(collector.frames() >= 48000, 8000);
+        QTRY_VERIFY_WITH_TIMEOUT(collector.frames() >= 4800, 8000);
         {
             std::lock_guard lock(collector.mutex);
             QCOMPARE(collector.formats.size(), std::size_t(1));
             QCOMPARE(collector.formats.front(), PipeWireCapture::requestedFormat());
-            const std::vector<float> tail(collector.left.end() - 32768, collector.left.end());
-            const double mine = powerAt(tail, 220, 48000);
-            const double theirs = powerAt(tail, 3000, 48000);
-            QVERIFY2(mine > 1e-4, qPrintable(QString::number(mine)));
-            QVERIFY2(theirs * 1000 < mine,
-                     qPrintable(QStringLiteral("220 Hz %1, 3 kHz %2").arg(mine).arg(theirs)));
         }
 
-        // The graph agrees: the capture's only source is the player's own node.
+        // The capture's only source is the player's own node (what it hears, through the
+        // analysis, tst_CapturePipeline checks).
         const qint64 playerNode = streamNodeOf(m_session->dump(), player);
         QVERIFY(playerNode >= 0);
         QJsonArray graph = m_session->dump();
