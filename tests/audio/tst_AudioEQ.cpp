@@ -348,8 +348,6 @@ private Q_SLOTS:
         QCOMPARE(rig.levels.size(), analysed ? 2 : 1);
     }
 
-    // ---- settings read on every block ----
-
     // ---- the rolling frames ----
 
     void aFrameIsTheSameWhereverItsRingsStand_data() {

@@ -1,5 +1,5 @@
 // The shell's overview state, read from a stand-in for GNOME Shell on a private session bus.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
 
 #include <QDBusConnection>

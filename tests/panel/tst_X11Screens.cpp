@@ -1,5 +1,5 @@
 // Screens and the pointer of a real X server, in the panel's bottom-left screen points.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11Screens.h"
 

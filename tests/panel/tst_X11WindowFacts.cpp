@@ -1,5 +1,5 @@
 // The window list of a real X server, as the placement heuristics read it.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "panel/logic/WindowHeuristics.h"
 #include "platform/linux/x11/X11WindowFacts.h"
 

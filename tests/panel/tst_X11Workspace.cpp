@@ -1,5 +1,5 @@
 // The frontmost application and activation events on a real X server.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "platform/linux/x11/X11Workspace.h"
 
 #include <QGuiApplication>

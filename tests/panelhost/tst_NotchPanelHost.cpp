@@ -1,5 +1,5 @@
 // The application's panel on a private X server: the Qt Quick view driven by the controller.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "panel/host/NotchPanelHost.h"
 #include "playback/PlayerState.h"
 

@@ -7,7 +7,7 @@
 #include "mpris/PlayerCalls.h"
 #include "panel/PanelView.h"
 #include "panel/StillPanel.h"
-#include "panel/X11TestSession.h"
+#include "panel/X11TestMain.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 #include "playback/PlayerState.h"
 #include "support/TestEnv.h"

@@ -115,6 +115,12 @@ qint64 streamNodeOf(const QJsonArray& dump, qint64 pid) {
 
 const QString captureNodeName = QStringLiteral("mirl-pro-capture");
 
+// The output nodes linked into the capture's node; none while there is no such node.
+QList<qint64> captureSources(const QJsonArray& dump) {
+    const qint64 node = nodeNamed(dump, captureNodeName).value(u"id").toInteger(-1);
+    return node >= 0 ? sourcesOf(dump, node) : QList<qint64>{};
+}
+
 // The program's own connections to the sound server.
 int connectionsOfThisProgram(const QJsonArray& dump) {
     return int(std::count_if(dump.begin(), dump.end(), [](const QJsonValue& value) {
@@ -174,9 +180,7 @@ private Q_SLOTS:
         const qint64 playerNode = streamNodeOf(m_session->dump(), player);
         QVERIFY(playerNode >= 0);
         QJsonArray graph = m_session->dump();
-        const qint64 mineNode = nodeNamed(graph, captureNodeName).value(u"id").toInteger(-1);
-        QVERIFY(mineNode >= 0);
-        const QList<qint64> sources = sourcesOf(graph, mineNode);
+        const QList<qint64> sources = captureSources(graph);
         QVERIFY(!sources.isEmpty());
         for (qint64 source : sources)
             QCOMPARE(source, playerNode);
@@ -211,10 +215,7 @@ private Q_SLOTS:
         const quint64 blocksAtEnd = collector.blockCount();
         QTest::qWait(1500);
         // Nothing else was linked in its place, and nothing more was delivered.
-        const QJsonArray graph = m_session->dump();
-        const qint64 mineNode = nodeNamed(graph, captureNodeName).value(u"id").toInteger(-1);
-        if (mineNode >= 0)
-            QVERIFY(sourcesOf(graph, mineNode).isEmpty());
+        QVERIFY(captureSources(m_session->dump()).isEmpty());
         QCOMPARE(collector.blockCount(), blocksAtEnd);
         QCOMPARE(collector.endedIDs().size(), std::size_t(1));
 
@@ -233,10 +234,7 @@ private Q_SLOTS:
         const auto result = capture.startCapture(987654);
         if (std::holds_alternative<CaptureBackend::Started>(result)) {
             QTest::qWait(1500);
-            const QJsonArray graph = m_session->dump();
-            const qint64 mineNode = nodeNamed(graph, captureNodeName).value(u"id").toInteger(-1);
-            if (mineNode >= 0)
-                QVERIFY(sourcesOf(graph, mineNode).isEmpty());
+            QVERIFY(captureSources(m_session->dump()).isEmpty());
             QCOMPARE(collector.blockCount(), quint64(0));
         }
         capture.teardown();

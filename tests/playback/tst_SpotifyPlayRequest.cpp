@@ -4,7 +4,7 @@
 #include "core/Preferences.h"
 #include "core/PrivateFile.h"
 #include "mpris/FakeMprisPlayer.h"
-#include "panel/X11TestSession.h"
+#include "panel/X11TestMain.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 #include "platform/linux/x11/X11Workspace.h"
 #include "playback/PlayerState.h"

@@ -1,4 +1,4 @@
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "audio/LevelsStore.h"
 #include "audio/StereoStore.h"
 #include "core/Clock.h"
