@@ -48,6 +48,16 @@ void AppDelegate::showSetup() {
         m_hooks.showSetupWindow(*this);
 }
 
+void AppDelegate::reportProblem() {
+    if (m_hooks.composeFeedback)
+        m_hooks.composeFeedback(false);
+}
+
+void AppDelegate::shareIdea() {
+    if (m_hooks.composeFeedback)
+        m_hooks.composeFeedback(true);
+}
+
 void AppDelegate::finishSetup(bool liveVisualizer) {
     AudioCaptureSettings::shared().setEnabled(liveVisualizer);
     Theme::shared().setShowVisualizer(liveVisualizer);

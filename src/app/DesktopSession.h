@@ -41,6 +41,7 @@ private:
     void buildPanel(AppDelegate& app);
     void showSetupWindow();
     void openSettings(const QString& page);
+    void sendFeedback(bool idea);
     void watchActivations();
 
     MprisPlayerBridge m_bridge;
