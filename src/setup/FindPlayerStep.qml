@@ -46,12 +46,31 @@ StepPage {
                 Rectangle { width: 70; height: 6; radius: 3; color: "#77777f" }
             }
         }
-        SetupGlyph {
-            x: parent.width / 2 + 70
-            y: 58
-            symbol: "arrow.up.right"
-            colour: SetupStyle.accentColour
-            rotation: -90
+        // The pointer, resting on the open card.
+        Canvas {
+            x: parent.width / 2 + 62
+            y: 44
+            width: 18
+            height: 26
+            onPaint: {
+                const g = getContext("2d")
+                g.beginPath()
+                g.moveTo(2, 1); g.lineTo(2, 20); g.lineTo(6.5, 15.5); g.lineTo(10, 23)
+                g.lineTo(13, 21.6); g.lineTo(9.6, 14.4); g.lineTo(16, 14.4); g.closePath()
+                g.fillStyle = "white"
+                g.strokeStyle = "black"
+                g.lineWidth = 1.2
+                g.fill()
+                g.stroke()
+            }
+        }
+        Text {
+            anchors.bottom: parent.bottom
+            anchors.bottomMargin: 12
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: "Hover to open · move away to close"
+            color: SetupStyle.tertiaryText
+            font.pixelSize: SetupStyle.smallSize
         }
     }
 

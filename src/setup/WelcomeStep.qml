@@ -10,9 +10,16 @@ StepPage {
         Layout.preferredHeight: 96
         Layout.bottomMargin: 10
         radius: 14
+        clip: true
         gradient: Gradient {
             GradientStop { position: 0; color: "#2a3350" }
             GradientStop { position: 1; color: "#3a2846" }
+        }
+        Rectangle { // the desktop's top bar
+            width: parent.width
+            height: 14
+            color: "#101013"
+            opacity: 0.8
         }
         Rectangle {
             anchors.horizontalCenter: parent.horizontalCenter
@@ -36,7 +43,6 @@ StepPage {
                     }
                 }
             }
-            anchors.topMargin: 0
         }
     }
 

@@ -20,6 +20,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QDir>
 #include <QProcess>
 #include <QTest>
 
@@ -136,6 +137,9 @@ int main(int argc, char** argv) {
         qWarning("no test environment");
         return 1;
     }
+    // A fresh start: no preferences from an earlier run of this test (its home is private).
+    QDir(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME")) + QStringLiteral("/MIRL PRO"))
+        .removeRecursively();
     QQuickWindow::setDefaultAlphaBuffer(true);
     requestVisualizerGraphics();
     QApplication app(argc, argv);

@@ -70,13 +70,17 @@ int main(int argc, char* argv[]) {
             const QString music = model.apps().constLast().toMap().value("id").toString();
             model.ask(music);
             if (!waitFor([&] { return model.access(music) == MusicAutomation::Access::allowed; },
-                         20000))
+                         20000)) {
                 qWarning("the music player did not answer");
+                ++failures;
+            }
         } else if (model.step() == SetupModel::Step::visualizer) {
             model.setLiveVisualizer(true);
             model.startProbe();
-            if (!waitFor([&] { return model.probe()->heard(); }, 10000))
+            if (!waitFor([&] { return model.probe()->heard(); }, 10000)) {
                 qWarning("the probe heard nothing");
+                ++failures;
+            }
             settle(300);
         }
         const QString file = QStringLiteral("setup-%1.png").arg(steps.valueToKey(i));
