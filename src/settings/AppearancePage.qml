@@ -50,14 +50,6 @@ ColumnLayout {
             current: Theme.backgroundStyleID
             onChosen: id => Theme.backgroundStyleID = id
         }
-        SettingsToggle {
-            // A desktop with its own setting decides; elsewhere this switch does.
-            visible: !transparency.desktopDecides
-            label: "Reduce transparency"
-            detail: "Use solid surfaces for the player and this window, whatever background is chosen."
-            checked: transparency.ownSetting
-            onToggled: on => transparency.ownSetting = on
-        }
         ColumnLayout {
             visible: glass
             Layout.fillWidth: true
@@ -85,6 +77,14 @@ ColumnLayout {
                 color: SettingsStyle.secondaryText
                 font.pixelSize: 11
             }
+        }
+        SettingsToggle {
+            // A desktop with its own setting decides; elsewhere this switch does.
+            visible: !transparency.desktopDecides
+            label: "Reduce transparency"
+            detail: "Use solid surfaces for the player and this window, whatever background is chosen."
+            checked: transparency.ownSetting
+            onToggled: on => transparency.ownSetting = on
         }
     }
 

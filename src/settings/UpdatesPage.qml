@@ -39,7 +39,7 @@ ColumnLayout {
         HelpRow {
             heading: "Report a problem"
             detail: "Tell us what happened and what you expected. Your message opens in your mail app."
-            Button {
+            SettingsButton {
                 text: "Report a Problem…"
                 onClicked: settings.composeFeedback(false)
             }
@@ -47,7 +47,7 @@ ColumnLayout {
         HelpRow {
             heading: "Share an idea"
             detail: "What would make MIRL PRO better for you?"
-            Button {
+            SettingsButton {
                 text: "Share an Idea…"
                 onClicked: settings.composeFeedback(true)
             }
