@@ -88,6 +88,7 @@ X11TestSession::X11TestSession() {
     }
     qputenv("DISPLAY", name);
     qputenv("QT_QPA_PLATFORM", "xcb");
+    qputenv("MIRL_PANEL_BACKEND", "x11"); // the private X server, whatever session runs the test
 
     m_busPath = "/tmp/mirl-panel-test-bus-" + QByteArray::number(getpid());
     m_bus = spawn({"dbus-daemon", "--session", "--nofork", "--address=unix:path=" + m_busPath});
