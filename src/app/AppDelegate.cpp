@@ -54,6 +54,16 @@ void AppDelegate::showSetup() {
     finishSetup();
 }
 
+void AppDelegate::reportProblem() {
+    if (m_hooks.composeFeedback)
+        m_hooks.composeFeedback(false);
+}
+
+void AppDelegate::shareIdea() {
+    if (m_hooks.composeFeedback)
+        m_hooks.composeFeedback(true);
+}
+
 void AppDelegate::finishSetup() {
     m_prefs.setValue(QStringLiteral("setupCompleted"), true);
     m_player->start();

@@ -34,6 +34,7 @@ public:
         std::function<void()> stopSetupProbe;                  // on quit, while it exists
         std::function<void(const QString& page)> openSettings; // the settings window
         std::function<void(PlayerState&)> stopAudioEngine;     // on quit
+        std::function<void(bool idea)> composeFeedback;        // the pre-filled mail
     };
     void setHooks(Hooks hooks) { m_hooks = std::move(hooks); }
 
@@ -43,6 +44,9 @@ public:
     void applicationShouldHandleReopen();
     void showSetup();
     void openSettings(const QString& page = {});
+    // The two feedback mails of the status menu.
+    void reportProblem();
+    void shareIdea();
     // The end of setup: the assistant's finish path.
     void finishSetup();
 

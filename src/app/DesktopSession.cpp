@@ -1,5 +1,6 @@
 #include "app/DesktopSession.h"
 
+#include "app/Feedback.h"
 #include "app/StatusMenu.h"
 
 #include "audio/AudioCaptureSettings.h"
@@ -51,11 +52,14 @@ DesktopSession::DesktopSession()
     AppDelegate::Hooks hooks;
     hooks.stopAudioEngine = [this](PlayerState&) { m_audio.stop(); };
     hooks.buildPanel = [this](AppDelegate& app) { buildPanel(app); };
+    hooks.composeFeedback = [this](bool idea) { sendFeedback(idea); };
     hooks.openSettings = [this](const QString& page) {
         if (!m_settings) {
             m_settings = std::make_unique<SettingsWindow>(versionText());
             connect(m_settings.get(), &SettingsWindow::setupAssistantRequested, &m_delegate,
                     &AppDelegate::showSetup);
+            connect(m_settings.get(), &SettingsWindow::feedbackRequested, this,
+                    &DesktopSession::sendFeedback);
         }
         m_settings->open(page);
     };
@@ -76,6 +80,17 @@ void DesktopSession::launch() {
         });
     });
     m_delegate.applicationDidFinishLaunching();
+}
+
+void DesktopSession::sendFeedback(bool idea) {
+    // The player named as the user knows it: "Spotify", or the music player's own name.
+    const QString source = m_delegate.player().sourceName();
+    QString player;
+    if (source == u"Spotify")
+        player = m_bridge.displayName(Source::spotify);
+    else if (source == u"Music")
+        player = m_bridge.displayName(Source::music);
+    composeFeedback(idea, currentFeedbackContext(versionText(), Theme::shared(), player));
 }
 
 void DesktopSession::watchActivations() {

@@ -36,6 +36,7 @@ public:
 
 private:
     void buildPanel(AppDelegate& app);
+    void sendFeedback(bool idea);
     void watchActivations();
 
     MprisPlayerBridge m_bridge;
