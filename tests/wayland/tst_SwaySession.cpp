@@ -4,16 +4,19 @@
 #include "support/PrivateBus.h"
 #include "virtual-pointer.h"
 
+#include <QDateTime>
+#include <QSettings>
 #include <QTest>
 #include <cstring>
 
 namespace {
-// A pointer device of the test's own in Sway's seat (wlroots' virtual-pointer protocol): without
-// one the seat has no pointer, and `swaymsg seat - cursor` moves a cursor that no client hears.
-struct PointerDevice {
+// A pointer device of the test's own in Sway's seat (wlroots' virtual-pointer protocol).
+struct VirtualPointer {
     wl_display* display;
-    void* manager = nullptr;
-    explicit PointerDevice(const QByteArray& socket)
+    zwlr_virtual_pointer_manager_v1* manager = nullptr;
+    zwlr_virtual_pointer_v1* pointer = nullptr;
+
+    explicit VirtualPointer(const QByteArray& socket)
         : display(wl_display_connect(socket.constData())) {
         static const wl_registry_listener listener{
             [](void* manager, wl_registry* registry, uint32_t name, const char* interface,
@@ -28,13 +31,25 @@ struct PointerDevice {
         wl_registry_add_listener(wl_display_get_registry(display), &listener, &manager);
         wl_display_roundtrip(display);
         if (manager)
-            zwlr_virtual_pointer_manager_v1_create_virtual_pointer(
-                static_cast<zwlr_virtual_pointer_manager_v1*>(manager), nullptr);
-        wl_display_roundtrip(display);
+            pointer = zwlr_virtual_pointer_manager_v1_create_virtual_pointer(manager, nullptr);
     }
-    ~PointerDevice() {
+    ~VirtualPointer() {
         if (display)
             wl_display_disconnect(display);
+    }
+    void send(auto&& request) {
+        request(uint32_t(QDateTime::currentMSecsSinceEpoch()));
+        zwlr_virtual_pointer_v1_frame(pointer);
+        wl_display_roundtrip(display);
+    }
+    void moveTo(QPoint p) { // on the session's 1512 x 982
+        send([&](uint32_t t) {
+            zwlr_virtual_pointer_v1_motion_absolute(pointer, t, p.x(), p.y(), 1512, 982);
+        });
+    }
+    void click() {
+        for (uint32_t down : {1u, 0u})
+            send([&](uint32_t t) { zwlr_virtual_pointer_v1_button(pointer, t, 0x110, down); });
     }
 };
 } // namespace
@@ -44,14 +59,10 @@ class tst_SwaySession : public QObject {
     QProcessEnvironment m_env = QProcessEnvironment::systemEnvironment();
     MirlTest::PrivateBus m_bus;
     QProcess m_beneath, m_program;
-    std::unique_ptr<PointerDevice> m_device;
+    std::unique_ptr<VirtualPointer> m_pointer;
     QVariantMap m_state;
 
-    void sway(const QString& command) {
-        QProcess::execute(QStringLiteral("swaymsg"), {"-s", m_env.value("SWAYSOCK"), command});
-    }
-    void moveTo(QPoint p) { sway(QStringLiteral("seat - cursor set %1 %2").arg(p.x()).arg(p.y())); }
-    QPoint pill(int dx) const { // top-left origin (the session is 1512 x 982)
+    QPoint pill(int dx) const { // top-left origin
         const auto v = [&](const char* key) { return m_state.value(QLatin1String(key)).toInt(); };
         return {v("x") + v("w") / 2 + dx, 982 - v("y") - v("h") / 2};
     }
@@ -71,9 +82,9 @@ private Q_SLOTS:
         for (const QString& pair : QString::fromUtf8(up.readAllStandardOutput()).split(' '))
             m_env.insert(pair.section('=', 0, 0), pair.section('=', 1).trimmed());
         qInfo("%s", up.readAllStandardError().constData());
-        m_device = std::make_unique<PointerDevice>(m_env.value("WAYLAND_DISPLAY").toLocal8Bit());
-        QVERIFY2(m_device->manager, "the compositor offers no virtual pointer");
-        moveTo({100, 500});
+        m_pointer = std::make_unique<VirtualPointer>(m_env.value("WAYLAND_DISPLAY").toLocal8Bit());
+        QVERIFY2(m_pointer->pointer, "the compositor offers no virtual pointer");
+        m_pointer->moveTo({100, 500});
         m_env.remove(QStringLiteral("QT_QPA_PLATFORM")); // the program picks its own
         m_env.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), m_bus.address());
         // Another application's window, filling the workspace beneath the panel.
@@ -83,6 +94,10 @@ private Q_SLOTS:
                     .connect({}, QStringLiteral("/com/kestrova/mirlpro"),
                              QStringLiteral("com.kestrova.mirlpro"), QStringLiteral("mirlState"),
                              this, SLOT(noteState(QVariantMap))));
+        // Set up before: the first start's assistant is not what this is about.
+        QSettings(m_env.value("XDG_CONFIG_HOME") + "/MIRL PRO/preferences.conf",
+                  QSettings::IniFormat)
+            .setValue("setupAssistantFinished", true);
         m_program.setProcessEnvironment(m_env);
         m_program.setProcessChannelMode(QProcess::ForwardedChannels);
         m_program.start(QStringLiteral(MIRL_PROGRAM), {});
@@ -91,21 +106,20 @@ private Q_SLOTS:
     }
 
     void thePointerOnThePillOpensTheCardAndLeavingClosesIt() {
-        moveTo(pill(0));
+        m_pointer->moveTo(pill(0));
         QTRY_VERIFY_WITH_TIMEOUT(expanded(), 3000);
         // Onto the title bar of the window beneath: the compositor's own drawing, where no X
         // window hears of the pointer any more.
-        moveTo({300, 10});
+        m_pointer->moveTo({300, 10});
         QTRY_VERIFY_WITH_TIMEOUT(!expanded(), 3000);
     }
 
     void aClickBesideThePillReachesTheWindowBeneath() {
         // Just beyond the trigger's 14 points around the pill. A click while the closing card
         // still moves may be lost; the first after it is not.
-        moveTo(pill(-48));
+        m_pointer->moveTo(pill(-48));
         QByteArray heard;
-        QTRY_VERIFY((sway("seat - cursor press button1"), sway("seat - cursor release button1"),
-                     heard += m_beneath.readAllStandardOutput())
+        QTRY_VERIFY((m_pointer->click(), heard += m_beneath.readAllStandardOutput())
                         .contains("ButtonRelease"));
     }
 
@@ -115,7 +129,7 @@ private Q_SLOTS:
             if (!p->waitForFinished(5000))
                 p->kill();
         }
-        m_device.reset();
+        m_pointer.reset();
         if (m_env.contains(QStringLiteral("SWAY_SESSION_DIR")))
             QProcess::execute(QStringLiteral(MIRL_SWAY_SESSION),
                               {"down", m_env.value("SWAY_SESSION_DIR")});
