@@ -67,6 +67,8 @@ ColumnLayout {
             Button {
                 text: updater.pendingVersion.length > 0 ? "Update Now" : "Check for Updates"
                 enabled: updater.canCheck
+                // The window's palette keeps a disabled label bright; the button fades instead.
+                opacity: enabled ? 1 : 0.45
                 onClicked: updater.checkForUpdates()
             }
         }
