@@ -31,9 +31,11 @@ public:
         std::function<void(AppDelegate&)> buildPanel;          // shows the panel
         std::function<void(AppDelegate&)> showSetupWindow;     // the setup assistant
         std::function<bool()> setupWindowOpen;                 // whether it is showing
+        std::function<void()> closeSetupWindow;                // at the end of setup
         std::function<void()> stopSetupProbe;                  // on quit, while it exists
         std::function<void(const QString& page)> openSettings; // the settings window
         std::function<void(PlayerState&)> stopAudioEngine;     // on quit
+        std::function<void(bool idea)> composeFeedback;        // the pre-filled mail
     };
     void setHooks(Hooks hooks) { m_hooks = std::move(hooks); }
 
@@ -43,8 +45,12 @@ public:
     void applicationShouldHandleReopen();
     void showSetup();
     void openSettings(const QString& page = {});
-    // The end of setup: the assistant's finish path.
-    void finishSetup();
+    // The two feedback mails of the status menu.
+    void reportProblem();
+    void shareIdea();
+    // The end of setup, with the user's visualizer choice: stores it, marks setup complete and
+    // the assistant finished, closes the assistant and opens the gate to the players.
+    void finishSetup(bool liveVisualizer);
 
     bool launched() const { return m_launched; }
 

@@ -22,6 +22,9 @@ std::unique_ptr<QMenu> buildStatusMenu(AppDelegate& delegate, std::function<void
     QAction* place = menu->addAction(QStringLiteral("Reposition on Notch"), std::move(reposition));
     place->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_R));
     menu->addSeparator();
+    menu->addAction(QStringLiteral("Report a Problem…"), [&delegate] { delegate.reportProblem(); });
+    menu->addAction(QStringLiteral("Share an Idea…"), [&delegate] { delegate.shareIdea(); });
+    menu->addSeparator();
     QAction* quit = menu->addAction(QStringLiteral("Quit"), qApp, &QCoreApplication::quit);
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
     return menu;

@@ -11,7 +11,8 @@ namespace MirlPlayer {
 class AppDelegate;
 
 // The status menu, built afresh for every showing and never changed after: the program's name
-// and version, "Settings…", "Setup Assistant…", "Reposition on Notch" and "Quit". A right press
+// and version, "Settings…", "Setup Assistant…", "Reposition on Notch", the two feedback mails
+// and "Quit". A right press
 // on the panel pops it up. The delegate must outlive the menu.
 std::unique_ptr<QMenu> buildStatusMenu(AppDelegate& delegate, std::function<void()> reposition);
 

@@ -70,6 +70,8 @@ public:
     Q_INVOKABLE void setTuning(const QString& key, double value, bool held);
     Q_INVOKABLE void resetTuning(const QStringList& keys);
     Q_INVOKABLE void showSetupAssistant() { Q_EMIT setupAssistantRequested(); }
+    // "Report a Problem…" (false) or "Share an Idea…" (true).
+    Q_INVOKABLE void composeFeedback(bool idea) { Q_EMIT feedbackRequested(idea); }
 
 Q_SIGNALS:
     void selectionChanged();
@@ -82,6 +84,7 @@ Q_SIGNALS:
     // Scroll the page so that the anchor sits 14% from the top ("settingsTop": to the top).
     void scrollRequested(const QString& anchor);
     void setupAssistantRequested();
+    void feedbackRequested(bool idea);
 
 private:
     void setSearchTarget(const QString& target);

@@ -29,6 +29,8 @@ SettingsWindow::SettingsWindow(QString versionText, QObject* parent)
           SpotifyLibrary::shared(), SpotifyMemory::shared(), Preferences::shared())) {
     connect(m_model.get(), &SettingsModel::setupAssistantRequested, this,
             &SettingsWindow::setupAssistantRequested);
+    connect(m_model.get(), &SettingsModel::feedbackRequested, this,
+            &SettingsWindow::feedbackRequested);
 }
 
 SettingsWindow::~SettingsWindow() = default;

@@ -29,6 +29,7 @@ public:
 
 Q_SIGNALS:
     void setupAssistantRequested();
+    void feedbackRequested(bool idea);
 
 private:
     void build(const QString& page);

@@ -41,7 +41,7 @@ ColumnLayout {
             detail: "Tell us what happened and what you expected. Your message opens in your mail app."
             Button {
                 text: "Report a Problem…"
-                onClicked: Qt.openUrlExternally("mailto:support@kestrova.com?subject=" + encodeURIComponent("MIRL PRO problem report") + "&body=" + encodeURIComponent("What happened?\n\n\nWhat did you expect to happen?\n\n\nSteps to make it happen again (if you know them):\n\n\n---\nMIRL " + versionText))
+                onClicked: settings.composeFeedback(false)
             }
         }
         HelpRow {
@@ -49,7 +49,7 @@ ColumnLayout {
             detail: "What would make MIRL PRO better for you?"
             Button {
                 text: "Share an Idea…"
-                onClicked: Qt.openUrlExternally("mailto:support@kestrova.com?subject=" + encodeURIComponent("MIRL PRO idea") + "&body=" + encodeURIComponent("Your idea:\n\n\n---\nMIRL " + versionText))
+                onClicked: settings.composeFeedback(true)
             }
         }
     }

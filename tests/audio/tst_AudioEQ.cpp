@@ -107,7 +107,9 @@ private Q_SLOTS:
         QVERIFY(levels.front() < 0.2f);
         QVERIFY(levels.back() > 0.3f);
         QVERIFY(std::abs(levels[68] - 0.25f) < 0.01f); // the band that holds 1 kHz
+        // Nothing to map to, or too few bins to map from: no levels.
         QVERIFY(AudioEQ::bandLevels(mags.data(), 1024, 0, rate, EQTuning{}).empty());
+        QVERIFY(AudioEQ::bandLevels(mags.data(), 1, 128, rate, EQTuning{}).empty());
     }
 
     // ---- frames and emission ----
@@ -345,8 +347,6 @@ private Q_SLOTS:
         rig.deliver();
         QCOMPARE(rig.levels.size(), analysed ? 2 : 1);
     }
-
-    // ---- settings read on every block ----
 
     // ---- the rolling frames ----
 

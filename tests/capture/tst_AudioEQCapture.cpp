@@ -248,19 +248,6 @@ private Q_SLOTS:
         QCOMPARE(lastStatus().text, QStringLiteral("Waiting for audio from Spotify…"));
     }
 
-    void retryForgetsTheFailureAndStartsAgain() {
-        m_pids[Source::spotify] = 100;
-        m_capture.objects[100] = 7;
-        m_capture.failNextStart = CaptureBackend::Failure{QStringLiteral("ConnectStream"), -5};
-        m_eq->start();
-        m_eq->setCapture(true, false);
-        QCOMPARE(m_eq->tappedPID(), qint64(-1));
-        m_eq->retry();
-        QCOMPARE(m_eq->tappedPID(), qint64(100));
-        QCOMPARE(m_eq->failedPID(), std::nullopt);
-        QCOMPARE(lastStatus().text, QStringLiteral("Waiting for audio from Spotify…"));
-    }
-
     void aReplacedBackendIsTornDownBeforeItIsLetGo() {
         startCapturing();
         FakeCapture other;

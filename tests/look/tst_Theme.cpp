@@ -210,9 +210,26 @@ private Q_SLOTS:
         QFETCH(double, blur);
         Fixture f;
         auto theme = f.theme();
-        theme->setFrostedGlassOpacity(slider);
+        theme->setCurrentGlassOpacity(slider); // the background is frosted
         QVERIFY(near(theme->frostedDensity(), density, 1e-12));
         QVERIFY(near(theme->frostedBlurStrength(), blur, 1e-12));
+        // Under the liquid background the same slider moves the liquid glass alone.
+        theme->setBackgroundStyleID(QStringLiteral("liquid"));
+        theme->setCurrentGlassOpacity(0.25);
+        QCOMPARE(theme->liquidGlassOpacity(), 0.25);
+        QVERIFY(near(theme->frostedDensity(), density, 1e-12));
+    }
+
+    // A switch is stored, and announced only when it changes.
+    void glassReflectionIsStoredAndAnnouncedOnChange() {
+        Fixture f;
+        auto theme = f.theme();
+        QSignalSpy spy(theme.get(), &Theme::glassReflectionChanged);
+        theme->setGlassReflection(true); // the default
+        theme->setGlassReflection(false);
+        theme->setGlassReflection(false);
+        QCOMPARE(spy.count(), 1);
+        QCOMPARE(f.reread()->boolValue("glassReflection", true), false);
     }
 
     void fixedColoursSweepAroundTheSkinHue_data() {

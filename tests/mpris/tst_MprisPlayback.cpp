@@ -1,9 +1,8 @@
 // The now-playing model against real players: mpv with its MPRIS plugin in the private test
 // environment (scripts/test-env), through MprisPlayerBridge, MusicController and PlayerState.
 
-#include "MpvProcess.h"
+#include "PlayerCalls.h"
 #include "core/Preferences.h"
-#include "platform/linux/mpris/MprisMetadata.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 #include "platform/linux/service/MirlBusService.h"
 #include "playback/MusicController.h"
@@ -23,18 +22,6 @@ using namespace MirlTest;
 namespace {
 const QString envPlayer = QStringLiteral("org.mpris.MediaPlayer2.mpv");
 
-QVariantMap metadataOf(const QDBusConnection& bus, const QString& service) {
-    return Mpris::metadataMap(playerProperty(bus, service, QStringLiteral("Metadata")));
-}
-QString titleOf(const QDBusConnection& bus, const QString& service) {
-    return metadataOf(bus, service).value(QStringLiteral("xesam:title")).toString();
-}
-double positionOf(const QDBusConnection& bus, const QString& service) {
-    return playerProperty(bus, service, QStringLiteral("Position")).toLongLong() / 1e6;
-}
-QString statusOf(const QDBusConnection& bus, const QString& service) {
-    return playerProperty(bus, service, QStringLiteral("PlaybackStatus")).toString();
-}
 } // namespace
 
 class tst_MprisPlayback : public QObject {

@@ -13,11 +13,13 @@ class QSocketNotifier;
 
 namespace MirlPlayer::Test {
 
-// A private X server (Xvfb) and session bus for one test process, started before the
-// application object and stopped with it. Each child is stopped by its own pid.
+// A private X server (Xvfb) and, unless the test brings its own, a session bus for one test
+// process, started before the application object and stopped with it. Each child is stopped by
+// its own pid.
 class X11TestSession {
 public:
-    X11TestSession();
+    enum class Bus { own, inherited };
+    explicit X11TestSession(Bus bus = Bus::own);
     ~X11TestSession();
     bool ok() const { return m_ok; }
     QString error() const { return m_error; }

@@ -1,5 +1,5 @@
 // The shell's overview state, read from a stand-in for GNOME Shell on a private session bus.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
 
 #include <QDBusConnection>
@@ -61,15 +61,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private session: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QGuiApplication app(argc, argv);
-    tst_GnomeShellOverview test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_GnomeShellOverview)
 
 #include "tst_GnomeShellOverview.moc"

@@ -1,6 +1,6 @@
 // The panel on a real X server: pointer driven by xdotool, windows of "other applications" made
 // with Xlib, the state read back from the session bus.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "panel/logic/NotchPanelController.h"
 #include "platform/linux/x11/X11NotchPanel.h"
 #include "platform/linux/x11/X11Pointer.h"
@@ -17,7 +17,6 @@
 #include <memory>
 
 using namespace MirlPlayer;
-using MirlPlayer::Test::ForeignWindow;
 
 namespace {
 
@@ -203,48 +202,12 @@ private Q_SLOTS:
         m_panel->editableTextAt = {};
     }
 
-    void aPopupOverThePillMovesItAsideUntilItCloses() {
-        {
-            ForeignWindow popup(QRect(700, 24, 200, 300), true, false);
-            QTRY_VERIFY_WITH_TIMEOUT(m_controller->panelDodgeActive(), 2000);
-            QCOMPARE(layout()->pillCenterX(), 700.0 - 12 - 33);
-            QCOMPARE(m_logs.last(),
-                     QStringLiteral("Panel moved aside for a menu/panel owned by Foreign"));
-        }
-        QTRY_VERIFY_WITH_TIMEOUT(!m_controller->panelDodgeActive(), 2000);
-        QCOMPARE(layout()->pillCenterX(), 756.0);
-    }
-
-    void aFullScreenWindowSendsTheRestingPillToTheCorner() {
-        {
-            ForeignWindow video(QRect(0, 0, 1512, 982), false, true);
-            QTRY_VERIFY_WITH_TIMEOUT(m_controller->fullscreenActive(), 2000);
-            QCOMPARE(layout()->pillCenterX(), 1435.0);
-            QTRY_VERIFY_WITH_TIMEOUT(
-                !m_signals.seen.isEmpty() &&
-                    m_signals.seen.last().second.value(QStringLiteral("x")).toString() ==
-                        QStringLiteral("1402"),
-                2000);
-        }
-        QTRY_VERIFY_WITH_TIMEOUT(!m_controller->fullscreenActive(), 2000);
-        QCOMPARE(layout()->pillCenterX(), 756.0);
-    }
-
     void cleanupTestCase() {
         m_controller.reset();
         m_panel.reset();
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QGuiApplication app(argc, argv);
-    tst_X11NotchPanel test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_X11NotchPanel)
 
 #include "tst_X11NotchPanel.moc"

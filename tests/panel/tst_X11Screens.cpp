@@ -1,5 +1,5 @@
 // Screens and the pointer of a real X server, in the panel's bottom-left screen points.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "platform/linux/x11/X11Pointer.h"
 #include "platform/linux/x11/X11Screens.h"
 
@@ -39,15 +39,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QGuiApplication app(argc, argv);
-    tst_X11Screens test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_X11Screens)
 
 #include "tst_X11Screens.moc"

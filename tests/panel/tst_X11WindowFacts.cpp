@@ -1,5 +1,5 @@
 // The window list of a real X server, as the placement heuristics read it.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "panel/logic/WindowHeuristics.h"
 #include "platform/linux/x11/X11WindowFacts.h"
 
@@ -156,15 +156,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QGuiApplication app(argc, argv);
-    tst_X11WindowFacts test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_X11WindowFacts)
 
 #include "tst_X11WindowFacts.moc"

@@ -1,5 +1,5 @@
 // The frontmost application and activation events on a real X server.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "platform/linux/x11/X11Workspace.h"
 
 #include <QGuiApplication>
@@ -35,15 +35,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QGuiApplication app(argc, argv);
-    tst_X11Workspace test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_X11Workspace)
 
 #include "tst_X11Workspace.moc"

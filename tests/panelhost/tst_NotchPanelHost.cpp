@@ -1,5 +1,5 @@
 // The application's panel on a private X server: the Qt Quick view driven by the controller.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "panel/host/NotchPanelHost.h"
 #include "playback/PlayerState.h"
 
@@ -170,16 +170,9 @@ private Q_SLOTS:
 };
 
 int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
     QQuickWindow::setDefaultAlphaBuffer(true);
     QQuickWindow::setGraphicsApi(QSGRendererInterface::OpenGL);
-    QGuiApplication app(argc, argv);
-    tst_NotchPanelHost test;
-    return QTest::qExec(&test, argc, argv);
+    return MirlPlayer::Test::runOnPrivateX<tst_NotchPanelHost>(argc, argv);
 }
 
 #include "tst_NotchPanelHost.moc"

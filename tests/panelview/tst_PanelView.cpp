@@ -238,14 +238,8 @@ private Q_SLOTS:
     void theWideCardShowsTheChosenStyle_data() {
         QTest::addColumn<QString>("vizID");
         QTest::addColumn<QString>("view");
-        QTest::newRow("bars") << "bars"
-                              << "MirlPlayer::BarsEQ";
-        QTest::newRow("mirror") << "mirror"
-                                << "MirlPlayer::MirrorEQ";
         QTest::newRow("designer") << "phosphor"
                                   << "MirlPlayer::DesignerSpectrum";
-        QTest::newRow("analyzer") << "stereoAnalyzer"
-                                  << "MirlPlayer::StereoAnalyzerView";
         QTest::newRow("unknown id") << "aurora"
                                     << "MirlPlayer::NeonWaterfallView";
     }

@@ -4,10 +4,10 @@
 
 #include "core/Preferences.h"
 #include "look/Theme.h"
-#include "mpris/MpvProcess.h"
+#include "mpris/PlayerCalls.h"
 #include "panel/PanelView.h"
 #include "panel/StillPanel.h"
-#include "platform/linux/mpris/MprisMetadata.h"
+#include "panel/X11TestMain.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 #include "playback/PlayerState.h"
 #include "support/TestEnv.h"
@@ -20,9 +20,6 @@
 #include <QQuickView>
 #include <QTemporaryDir>
 #include <QTest>
-#include <csignal>
-#include <sys/wait.h>
-#include <unistd.h>
 
 using namespace MirlPlayer;
 using namespace MirlTest;
@@ -31,17 +28,6 @@ namespace {
 const QString mpv = QStringLiteral("org.mpris.MediaPlayer2.mpv");
 QDBusConnection bus() {
     return QDBusConnection::sessionBus();
-}
-QString statusOf() {
-    return playerProperty(bus(), mpv, QStringLiteral("PlaybackStatus")).toString();
-}
-QString titleOf() {
-    return Mpris::metadataMap(playerProperty(bus(), mpv, QStringLiteral("Metadata")))
-        .value(QStringLiteral("xesam:title"))
-        .toString();
-}
-double positionOf() {
-    return playerProperty(bus(), mpv, QStringLiteral("Position")).toLongLong() / 1e6;
 }
 } // namespace
 
@@ -70,8 +56,8 @@ class tst_SurfaceWithPlayer : public QObject {
 private Q_SLOTS:
     void initTestCase() {
         QVERIFY2(useTestEnv(), "no test environment: run under ctest");
-        QTRY_VERIFY(!statusOf().isEmpty());
-        if (statusOf() != u"Playing")
+        QTRY_VERIFY(!statusOf(bus(), mpv).isEmpty());
+        if (statusOf(bus(), mpv) != u"Playing")
             callPlayer(bus(), mpv, QStringLiteral("Play"));
         m_prefs = std::make_unique<Preferences>(m_dir.filePath(QStringLiteral("prefs.conf")));
         m_bridge = std::make_unique<MprisPlayerBridge>(*m_prefs);
@@ -104,17 +90,17 @@ private Q_SLOTS:
     void playPauseCommandsThePlayer() {
         QQuickItem* button = item("playPauseButton");
         clickCentre(button);
-        QTRY_COMPARE_WITH_TIMEOUT(statusOf(), QStringLiteral("Paused"), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(statusOf(bus(), mpv), QStringLiteral("Paused"), 5000);
         QTRY_VERIFY(!m_player->isPlaying());
         clickCentre(button);
-        QTRY_COMPARE_WITH_TIMEOUT(statusOf(), QStringLiteral("Playing"), 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(statusOf(bus(), mpv), QStringLiteral("Playing"), 5000);
     }
 
     void nextCommandsThePlayer() {
-        const QString before = titleOf();
+        const QString before = titleOf(bus(), mpv);
         clickCentre(item("nextButton"));
-        QTRY_VERIFY_WITH_TIMEOUT(titleOf() != before, 5000);
-        QTRY_COMPARE_WITH_TIMEOUT(m_player->title(), titleOf(), 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(titleOf(bus(), mpv) != before, 5000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_player->title(), titleOf(bus(), mpv), 5000);
     }
 
     void theTimelineSeeksOnRelease() {
@@ -122,7 +108,7 @@ private Q_SLOTS:
         QTRY_VERIFY(m_player->duration() > 4);
         const double target = 0.75 * m_player->duration();
         click(timeline, QPointF(0.75 * timeline->width(), timeline->height() / 2));
-        QTRY_VERIFY_WITH_TIMEOUT(std::abs(positionOf() - target) < 1.5, 5000);
+        QTRY_VERIFY_WITH_TIMEOUT(std::abs(positionOf(bus(), mpv) - target) < 1.5, 5000);
     }
 
     void theArtworkHasRoundCorners() {
@@ -164,34 +150,10 @@ private Q_SLOTS:
     }
 };
 
-// The virtual screen is started before the application, which connects to it, and stopped by
-// its pid after.
+// The bus is the test environment's, where mpv plays.
 int main(int argc, char** argv) {
-    int fds[2];
-    if (pipe(fds) != 0)
-        return 1;
-    const pid_t xvfb = fork();
-    if (xvfb == 0) {
-        const std::string fd = std::to_string(fds[1]);
-        execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1024x768x24",
-               "+extension", "GLX", "-nolisten", "tcp", static_cast<char*>(nullptr));
-        _exit(127);
-    }
-    ::close(fds[1]);
-    char number[16] = {};
-    const ssize_t n = read(fds[0], number, sizeof number - 1);
-    ::close(fds[0]);
-    int status = 1;
-    if (n > 0) {
-        qputenv("DISPLAY", QByteArray(":") + QByteArray(number, int(n)).trimmed());
-        qputenv("QT_QPA_PLATFORM", "xcb");
-        QGuiApplication app(argc, argv);
-        tst_SurfaceWithPlayer test;
-        status = QTest::qExec(&test, argc, argv);
-    }
-    kill(xvfb, SIGTERM);
-    waitpid(xvfb, nullptr, 0);
-    return status;
+    return MirlPlayer::Test::runOnPrivateX<tst_SurfaceWithPlayer>(
+        argc, argv, MirlPlayer::Test::X11TestSession::Bus::inherited);
 }
 
 #include "tst_SurfaceWithPlayer.moc"

@@ -115,6 +115,12 @@ qint64 streamNodeOf(const QJsonArray& dump, qint64 pid) {
 
 const QString captureNodeName = QStringLiteral("mirl-pro-capture");
 
+// The output nodes linked into the capture's node; none while there is no such node.
+QList<qint64> captureSources(const QJsonArray& dump) {
+    const qint64 node = nodeNamed(dump, captureNodeName).value(u"id").toInteger(-1);
+    return node >= 0 ? sourcesOf(dump, node) : QList<qint64>{};
+}
+
 // The program's own connections to the sound server.
 int connectionsOfThisProgram(const QJsonArray& dump) {
     return int(std::count_if(dump.begin(), dump.end(), [](const QJsonValue& value) {
@@ -162,26 +168,19 @@ private Q_SLOTS:
         QCOMPARE(std::get<CaptureBackend::Started>(result).format,
                  PipeWireCapture::requestedFormat());
 
-        QTRY_VERIFY_WITH_TIMEOUT(collector.frames() >= 48000, 8000);
+        QTRY_VERIFY_WITH_TIMEOUT(collector.frames() >= 4800, 8000);
         {
             std::lock_guard lock(collector.mutex);
             QCOMPARE(collector.formats.size(), std::size_t(1));
             QCOMPARE(collector.formats.front(), PipeWireCapture::requestedFormat());
-            const std::vector<float> tail(collector.left.end() - 32768, collector.left.end());
-            const double mine = powerAt(tail, 220, 48000);
-            const double theirs = powerAt(tail, 3000, 48000);
-            QVERIFY2(mine > 1e-4, qPrintable(QString::number(mine)));
-            QVERIFY2(theirs * 1000 < mine,
-                     qPrintable(QStringLiteral("220 Hz %1, 3 kHz %2").arg(mine).arg(theirs)));
         }
 
-        // The graph agrees: the capture's only source is the player's own node.
+        // The capture's only source is the player's own node (what it hears, through the
+        // analysis, tst_CapturePipeline checks).
         const qint64 playerNode = streamNodeOf(m_session->dump(), player);
         QVERIFY(playerNode >= 0);
         QJsonArray graph = m_session->dump();
-        const qint64 mineNode = nodeNamed(graph, captureNodeName).value(u"id").toInteger(-1);
-        QVERIFY(mineNode >= 0);
-        const QList<qint64> sources = sourcesOf(graph, mineNode);
+        const QList<qint64> sources = captureSources(graph);
         QVERIFY(!sources.isEmpty());
         for (qint64 source : sources)
             QCOMPARE(source, playerNode);
@@ -216,10 +215,7 @@ private Q_SLOTS:
         const quint64 blocksAtEnd = collector.blockCount();
         QTest::qWait(1500);
         // Nothing else was linked in its place, and nothing more was delivered.
-        const QJsonArray graph = m_session->dump();
-        const qint64 mineNode = nodeNamed(graph, captureNodeName).value(u"id").toInteger(-1);
-        if (mineNode >= 0)
-            QVERIFY(sourcesOf(graph, mineNode).isEmpty());
+        QVERIFY(captureSources(m_session->dump()).isEmpty());
         QCOMPARE(collector.blockCount(), blocksAtEnd);
         QCOMPARE(collector.endedIDs().size(), std::size_t(1));
 
@@ -238,10 +234,7 @@ private Q_SLOTS:
         const auto result = capture.startCapture(987654);
         if (std::holds_alternative<CaptureBackend::Started>(result)) {
             QTest::qWait(1500);
-            const QJsonArray graph = m_session->dump();
-            const qint64 mineNode = nodeNamed(graph, captureNodeName).value(u"id").toInteger(-1);
-            if (mineNode >= 0)
-                QVERIFY(sourcesOf(graph, mineNode).isEmpty());
+            QVERIFY(captureSources(m_session->dump()).isEmpty());
             QCOMPARE(collector.blockCount(), quint64(0));
         }
         capture.teardown();

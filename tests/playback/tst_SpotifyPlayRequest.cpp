@@ -4,7 +4,7 @@
 #include "core/Preferences.h"
 #include "core/PrivateFile.h"
 #include "mpris/FakeMprisPlayer.h"
-#include "panel/X11TestSession.h"
+#include "panel/X11TestMain.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 #include "platform/linux/x11/X11Workspace.h"
 #include "playback/PlayerState.h"
@@ -227,14 +227,5 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QGuiApplication app(argc, argv);
-    tst_SpotifyPlayRequest test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_SpotifyPlayRequest)
 #include "tst_SpotifyPlayRequest.moc"

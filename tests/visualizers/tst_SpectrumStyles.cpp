@@ -1,4 +1,4 @@
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "audio/LevelsStore.h"
 #include "audio/StereoStore.h"
 #include "core/Clock.h"
@@ -121,15 +121,8 @@ private Q_SLOTS:
 };
 
 int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
     requestVisualizerGraphics();
-    QGuiApplication app(argc, argv);
-    tst_SpectrumStyles test;
-    return QTest::qExec(&test, argc, argv);
+    return MirlPlayer::Test::runOnPrivateX<tst_SpectrumStyles>(argc, argv);
 }
 
 #include "tst_SpectrumStyles.moc"
