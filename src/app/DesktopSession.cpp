@@ -74,6 +74,8 @@ DesktopSession::DesktopSession()
 DesktopSession::~DesktopSession() = default;
 
 void DesktopSession::launch() {
+    Updater& updater = Updater::shared();
+    updater.start();
     // The status item comes before the panel; its "Reposition on Notch" finds the panel when
     // chosen.
     m_statusItem = std::make_unique<StatusItem>([this] {
@@ -82,6 +84,10 @@ void DesktopSession::launch() {
                 m_panel->controller().reposition();
         });
     });
+    // A waiting update changes its row, so the menu is built anew (on a later turn of the event
+    // loop, as the change may come while the old menu is in use).
+    connect(&updater, &Updater::pendingVersionChanged, m_statusItem.get(), &StatusItem::rebuild,
+            Qt::QueuedConnection);
     m_delegate.applicationDidFinishLaunching();
 }
 
@@ -93,12 +99,12 @@ void DesktopSession::sendFeedback(bool idea) {
         player = m_bridge.displayName(Source::spotify);
     else if (source == u"Music")
         player = m_bridge.displayName(Source::music);
-    composeFeedback(idea, currentFeedbackContext(versionText(), Theme::shared(), player));
+    composeFeedback(idea, currentFeedbackContext(Updater::versionText(), Theme::shared(), player));
 }
 
 void DesktopSession::openSettings(const QString& page) {
     if (!m_settings) {
-        m_settings = std::make_unique<SettingsWindow>(versionText());
+        m_settings = std::make_unique<SettingsWindow>(Updater::versionText());
         connect(m_settings.get(), &SettingsWindow::setupAssistantRequested, &m_delegate,
                 &AppDelegate::showSetup);
         connect(m_settings.get(), &SettingsWindow::feedbackRequested, this,

@@ -1,5 +1,6 @@
 #include "settings/SettingsWindow.h"
 
+#include "app/Updater.h"
 #include "audio/AudioCaptureSettings.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
@@ -54,6 +55,7 @@ void SettingsWindow::build(const QString& page) {
     context->setContextProperty(QStringLiteral("loginItem"), &LoginItem::shared());
     context->setContextProperty(QStringLiteral("account"), m_account.get());
     context->setContextProperty(QStringLiteral("versionText"), m_versionText);
+    context->setContextProperty(QStringLiteral("updater"), &Updater::shared());
     m_engine->load(QUrl(QStringLiteral("qrc:/qt/qml/MirlPlayer/Settings/SettingsWindow.qml")));
     if (m_engine->rootObjects().isEmpty()) {
         qCWarning(lcCore) << "the settings window could not be built";

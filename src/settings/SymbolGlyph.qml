@@ -36,6 +36,17 @@ Canvas {
             g.moveTo(7, 10); g.lineTo(7, 10.2)
         } else if (symbol === "checkmark") {
             g.moveTo(2.5, 7.5); g.lineTo(5.8, 10.8); g.lineTo(11.5, 3.5)
+        } else if (symbol === "arrow.down.circle.fill") {
+            g.arc(7, 7, 6, 0, Math.PI * 2)
+            g.fill()
+            g.beginPath()
+            g.strokeStyle = SettingsStyle.cardColour
+            g.moveTo(7, 3.5); g.lineTo(7, 10)
+            g.moveTo(4.2, 7.4); g.lineTo(7, 10.2); g.lineTo(9.8, 7.4)
+        } else if (symbol === "sparkles") {
+            g.moveTo(5.5, 2); g.quadraticCurveTo(6, 7, 10, 7.5); g.quadraticCurveTo(6, 8, 5.5, 13)
+            g.quadraticCurveTo(5, 8, 1, 7.5); g.quadraticCurveTo(5, 7, 5.5, 2)
+            g.moveTo(11, 1); g.lineTo(11, 4.5); g.moveTo(9.3, 2.75); g.lineTo(12.7, 2.75)
         }
         g.stroke()
     }

@@ -1,7 +1,6 @@
 #include "setup/SetupModel.h"
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QPointer>
 #include <QThread>
 #include <QVariantMap>
@@ -31,8 +30,7 @@ SetupModel::Services SetupModel::systemServices(std::function<App()> musicPlayer
         return MusicAutomation::probe(app.id, timeout, QDBusConnection::sessionBus());
     };
     services.running = [](const App& app) {
-        const QDBusConnectionInterface* daemon = QDBusConnection::sessionBus().interface();
-        return daemon && daemon->isServiceRegistered(app.id).value();
+        return MusicAutomation::isRunning(app.id, QDBusConnection::sessionBus());
     };
     services.launch = [places](const App& app) { return MusicAutomation::launch(app, *places); };
     return services;
@@ -116,6 +114,9 @@ QVariantList SetupModel::apps() const {
     QVariantList rows;
     for (const App& app : m_apps) {
         const Access state = access(app.id);
+        QStringList actions = MusicAutomation::actions(state);
+        if (!canOpenSettings(QStringLiteral("automation")))
+            actions.removeIf([](const QString& action) { return action.contains(u"Settings"); });
         rows.append(
             QVariantMap{{QStringLiteral("id"), app.id},
                         {QStringLiteral("name"), app.name},
@@ -284,6 +285,10 @@ void SetupModel::ask(const QString& id) {
 void SetupModel::openSettings(const QString& what) {
     if (m_services.openSettings)
         m_services.openSettings(what);
+}
+
+bool SetupModel::canOpenSettings(const QString& what) const {
+    return m_services.canOpenSettings && m_services.canOpenSettings(what);
 }
 
 void SetupModel::shutDown() {

@@ -3,6 +3,8 @@
 #include "look/Theme.h"
 #include "panel/logic/NotchPanelController.h"
 #include "panel/logic/PillMotion.h"
+#include "platform/linux/wayland/PanelBackend.h"
+#include "platform/linux/wayland/WindowEventPointer.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
 #include "platform/linux/x11/X11BlurBehind.h"
 #include "platform/linux/x11/X11ChangeWatch.h"
@@ -27,9 +29,10 @@ class ArtworkImageProvider;
 class PlayerState;
 
 // The panel as the application shows it: the panel's Qt Quick surface driven by the
-// NotchPanelController over the X11 window facts. The view binds to `expanded` and to the drawn
-// shape of the pill (`pillRect`, `cardRect`: both the shape in force, in window coordinates,
-// already animated by the panel's springs).
+// NotchPanelController over the X11 window facts. In a Wayland session (XWayland) the pointer
+// comes from the window's own events instead of the root window (`PanelBackend`). The view binds to
+// `expanded` and to the drawn shape of the pill (`pillRect`, `cardRect`: both the shape in force,
+// in window coordinates, already animated by the panel's springs).
 class NotchPanelHost : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool expanded READ expanded NOTIFY expandedChanged)
@@ -68,6 +71,11 @@ public:
     QRectF shape() const;
     // Room kept around the shape in the window: the shadow, and a spring's overshoot.
     static constexpr double drawnMargin = 24;
+    // The same room once settled under XWayland. XWayland does not hand the X input region to
+    // every compositor (wlroots' take the whole window), and a click on the window outside that
+    // region is then lost: so the settled window keeps within the trigger and hold rectangles,
+    // whose margins are 14 and 12, at the cost of the shadow's faint outer edge.
+    static constexpr double hoverDrawnMargin = 12;
     QString artworkSource() const { return m_artworkSource; }
     bool animatesShape() const { return true; }
     double cornerRadius() const { return m_motion->cornerRadius(); }
@@ -106,6 +114,9 @@ private:
     WatchedPointer m_watchedPointer{m_pointer, m_watch, [] { return Clock::system().now(); }};
     WatchedWindowFacts m_watchedWindows{m_windows, m_watch, [] { return Clock::system().now(); }};
     GnomeShellOverview m_overview;
+    PanelBackend m_backend = PanelBackendChoice::forThisProcess().backend;
+    WindowEventPointer m_windowPointer{
+        [](QPointF global) { return ScreenFlip::current().toBottomLeft(global); }};
     std::unique_ptr<NotchPanelController> m_controller;
     std::unique_ptr<PillMotion> m_motion;
     std::unique_ptr<QQuickView> m_view;
