@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QRect>
 #include <QRectF>
 
 namespace MirlPlayer {
@@ -11,6 +12,9 @@ namespace MirlPlayer {
 // over the window, so it takes the pointer over the hover rectangle as well (the trigger at
 // rest, the hold rectangle while open) and covers it; elsewhere clicks still pass through.
 struct PanelInputRegion {
+    // Larger than any window, in window pixels.
+    static constexpr QRect everywhere{-16384, -16384, 32767, 32767};
+
     bool watchesHover = false;
     QRectF hitRect;
     bool ignoresMouse = true;

@@ -79,9 +79,16 @@ void X11NotchPanel::applyGeometry() {
         if (onContentOffset)
             onContentOffset(offset);
     }
-    if (m_window->geometry() != target)
+    const bool moves = m_window->geometry() != target;
+    // The input region is relative to the window's origin: across a move it would stand in the
+    // wrong place for a moment, and a window that learns of the pointer only through its input
+    // region would hear a leave under a still pointer. So it is opened wide across the move.
+    const bool widen = moves && m_input.watchesHover && m_window->handle();
+    if (widen)
+        m_region.apply(m_window->winId(), PanelInputRegion::everywhere);
+    if (moves)
         m_window->setGeometry(target);
-    applyInputRegion();
+    applyInputRegion(widen);
 }
 
 void X11NotchPanel::orderFrontRegardless() {
