@@ -1,5 +1,6 @@
 #include "app/AppDelegate.h"
 
+#include "audio/AudioCaptureSettings.h"
 #include "core/FocusLog.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
@@ -43,15 +44,8 @@ void AppDelegate::applicationDidFinishLaunching() {
 
 void AppDelegate::showSetup() {
     Q_EMIT setupShown();
-    if (m_hooks.showSetupWindow) {
+    if (m_hooks.showSetupWindow)
         m_hooks.showSetupWindow(*this);
-        return;
-    }
-    // No assistant is installed in this build: take its finish path directly, so that the
-    // program plays. setupAssistantFinished stays false, so an assistant still runs once when
-    // there is one.
-    qCInfo(lcCore) << "no setup assistant; finishing setup";
-    finishSetup();
 }
 
 void AppDelegate::reportProblem() {
@@ -64,9 +58,15 @@ void AppDelegate::shareIdea() {
         m_hooks.composeFeedback(true);
 }
 
-void AppDelegate::finishSetup() {
+void AppDelegate::finishSetup(bool liveVisualizer) {
+    AudioCaptureSettings::shared().setEnabled(liveVisualizer);
+    Theme::shared().setShowVisualizer(liveVisualizer);
     m_prefs.setValue(QStringLiteral("setupCompleted"), true);
-    m_player->start();
+    // From now on the assistant is a replay: it may be closed, and reopening goes to Settings.
+    m_prefs.setValue(QStringLiteral("setupAssistantFinished"), true);
+    if (m_hooks.closeSetupWindow)
+        m_hooks.closeSetupWindow();
+    m_player->start(); // nothing new on a replay, when the player runs already
 }
 
 void AppDelegate::applicationShouldHandleReopen() {

@@ -31,6 +31,7 @@ public:
         std::function<void(AppDelegate&)> buildPanel;          // shows the panel
         std::function<void(AppDelegate&)> showSetupWindow;     // the setup assistant
         std::function<bool()> setupWindowOpen;                 // whether it is showing
+        std::function<void()> closeSetupWindow;                // at the end of setup
         std::function<void()> stopSetupProbe;                  // on quit, while it exists
         std::function<void(const QString& page)> openSettings; // the settings window
         std::function<void(PlayerState&)> stopAudioEngine;     // on quit
@@ -47,8 +48,9 @@ public:
     // The two feedback mails of the status menu.
     void reportProblem();
     void shareIdea();
-    // The end of setup: the assistant's finish path.
-    void finishSetup();
+    // The end of setup, with the user's visualizer choice: stores it, marks setup complete and
+    // the assistant finished, closes the assistant and opens the gate to the players.
+    void finishSetup(bool liveVisualizer);
 
     bool launched() const { return m_launched; }
 

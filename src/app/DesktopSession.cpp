@@ -15,6 +15,8 @@
 #include "playback/SpotifyPlayRequest.h"
 #include "playback/SpotifyQueue.h"
 #include "settings/SettingsWindow.h"
+#include "setup/SetupWindow.h"
+#include "setup/SystemSetup.h"
 #include "spotify/SpotifyLibrary.h"
 #include "visualizers/VizConfig.h"
 
@@ -53,15 +55,16 @@ DesktopSession::DesktopSession()
     hooks.stopAudioEngine = [this](PlayerState&) { m_audio.stop(); };
     hooks.buildPanel = [this](AppDelegate& app) { buildPanel(app); };
     hooks.composeFeedback = [this](bool idea) { sendFeedback(idea); };
-    hooks.openSettings = [this](const QString& page) {
-        if (!m_settings) {
-            m_settings = std::make_unique<SettingsWindow>(versionText());
-            connect(m_settings.get(), &SettingsWindow::setupAssistantRequested, &m_delegate,
-                    &AppDelegate::showSetup);
-            connect(m_settings.get(), &SettingsWindow::feedbackRequested, this,
-                    &DesktopSession::sendFeedback);
-        }
-        m_settings->open(page);
+    hooks.openSettings = [this](const QString& page) { openSettings(page); };
+    hooks.showSetupWindow = [this](AppDelegate&) { showSetupWindow(); };
+    hooks.setupWindowOpen = [this] { return m_setup != nullptr; };
+    hooks.stopSetupProbe = [this] {
+        if (m_setup)
+            m_setup->model()->shutDown();
+    };
+    hooks.closeSetupWindow = [this] {
+        if (m_setup)
+            m_setup->close();
     };
     m_delegate.setHooks(std::move(hooks));
     connect(qApp, &QCoreApplication::aboutToQuit, &m_delegate,
@@ -91,6 +94,42 @@ void DesktopSession::sendFeedback(bool idea) {
     else if (source == u"Music")
         player = m_bridge.displayName(Source::music);
     composeFeedback(idea, currentFeedbackContext(versionText(), Theme::shared(), player));
+}
+
+void DesktopSession::openSettings(const QString& page) {
+    if (!m_settings) {
+        m_settings = std::make_unique<SettingsWindow>(versionText());
+        connect(m_settings.get(), &SettingsWindow::setupAssistantRequested, &m_delegate,
+                &AppDelegate::showSetup);
+        connect(m_settings.get(), &SettingsWindow::feedbackRequested, this,
+                &DesktopSession::sendFeedback);
+    }
+    m_settings->open(page);
+}
+
+void DesktopSession::showSetupWindow() {
+    if (m_setup) {
+        m_setup->show();
+        return;
+    }
+    Preferences& prefs = Preferences::shared();
+    // The first run's window cannot be closed away; a replay's can.
+    const bool finishedBefore = prefs.boolValue(QStringLiteral("setupAssistantFinished"), false);
+    SetupInputs inputs;
+    inputs.musicPlayer = [this] {
+        return std::pair{m_bridge.serviceFor(Source::music), m_bridge.displayName(Source::music)};
+    };
+    inputs.statusItemVisible = [this] { return m_statusVisibility.visible(); };
+    inputs.spotifyConnected = [] { return SpotifyLibrary::shared().connected(); };
+    inputs.openSpotifySettings = [this] { openSettings(QStringLiteral("Spotify")); };
+    m_setup = new SetupWindow(makeSetupModel(prefs, std::move(inputs)), finishedBefore, this);
+    connect(m_setup->model(), &SetupModel::finished, &m_delegate, &AppDelegate::finishSetup);
+    // Closed by the user (a replay) or by the finish: the model and its timers go with it.
+    connect(m_setup, &SetupWindow::closed, this, [this] {
+        m_setup->deleteLater();
+        m_setup = nullptr;
+    });
+    m_setup->show();
 }
 
 void DesktopSession::watchActivations() {

@@ -16,6 +16,7 @@ namespace MirlPlayer {
 
 class NotchPanelHost;
 class SettingsWindow;
+class SetupWindow;
 class SpotifyPlayRequest;
 
 // The program in a Linux desktop session: the players over MPRIS, the delegate with the
@@ -31,11 +32,15 @@ public:
     // The launch sequence; runs once the event loop has started.
     void launch();
     AppDelegate& delegate() { return m_delegate; }
+    // The setup window while it exists.
+    SetupWindow* setupWindow() const { return m_setup; }
     // Whether the status item can be seen (for the setup assistant's advice).
     bool statusItemVisible() const { return m_statusVisibility.visible(); }
 
 private:
     void buildPanel(AppDelegate& app);
+    void showSetupWindow();
+    void openSettings(const QString& page);
     void sendFeedback(bool idea);
     void watchActivations();
 
@@ -49,6 +54,7 @@ private:
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<NotchPanelHost> m_panel;
     std::unique_ptr<SettingsWindow> m_settings; // built at first use, then kept
+    SetupWindow* m_setup = nullptr;             // exists while the setup window does
     std::unique_ptr<QMenu> m_contextMenu;       // the last one popped up from the panel
 };
 

@@ -8,6 +8,7 @@
 
 #include <QPainter>
 #include <QPainterPath>
+#include <QQuickWindow>
 #include <QRadialGradient>
 
 namespace MirlPlayer {
@@ -17,6 +18,23 @@ ReflectionView::ReflectionView(QQuickItem* parent)
     setOpaquePainting(false);
     setAcceptedMouseButtons(Qt::NoButton);
     setAcceptHoverEvents(false);
+}
+
+void ReflectionView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {
+    QQuickPaintedItem::geometryChange(newGeometry, oldGeometry);
+    updateTextureSize();
+}
+
+void ReflectionView::itemChange(ItemChange change, const ItemChangeData& value) {
+    QQuickPaintedItem::itemChange(change, value);
+    if (change == ItemDevicePixelRatioHasChanged || change == ItemSceneChange)
+        updateTextureSize();
+}
+
+void ReflectionView::updateTextureSize() {
+    const double dpr = window() ? window()->effectiveDevicePixelRatio() : 1.0;
+    const QSize half = (size() * dpr * 0.5).toSize();
+    setTextureSize(half.expandedTo(QSize(1, 1)));
 }
 
 void ReflectionView::setKind(const QString& kind) {

@@ -14,7 +14,8 @@ namespace MirlPlayer {
 // The music's light in the frosted glass: soft blobs of additive light from the band levels,
 // along the bottom edge ("glass") or around the rim ("edge"). Redraws on every publish of the
 // levels and on nothing else; the envelope it owns lives as long as this layer is on screen.
-// Takes no mouse events.
+// Takes no mouse events. Soft light has no edge to lose: it is painted at half the resolution in
+// each direction, a quarter of the pixels to paint and to upload, and looks the same scaled up.
 class ReflectionView : public QQuickPaintedItem {
     Q_OBJECT
     Q_PROPERTY(QString kind READ kind WRITE setKind NOTIFY kindChanged)
@@ -43,6 +44,10 @@ public:
 
     void paint(QPainter* painter) override;
 
+protected:
+    void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
+    void itemChange(ItemChange change, const ItemChangeData& value) override;
+
 Q_SIGNALS:
     void kindChanged();
     void storeChanged();
@@ -52,6 +57,8 @@ Q_SIGNALS:
     void cornerRadiusChanged();
 
 private:
+    void updateTextureSize();
+
     QString m_kind = QStringLiteral("glass");
     QPointer<LevelsStore> m_store;
     QPointer<Theme> m_theme;

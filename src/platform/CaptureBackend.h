@@ -77,6 +77,9 @@ public:
     // lets go of everything.
     virtual void setWanted(bool wanted) { (void)wanted; }
 
+    // Whether the audio system can be reached at all; false when no sound server runs.
+    virtual bool reachable() { return true; }
+
     // Called on the backend's thread with each block of a running capture.
     void setBlockHandler(BlockHandler handler) { m_blockHandler = std::move(handler); }
     // Called on the backend's thread, at most once per capture, when a capture ended by itself

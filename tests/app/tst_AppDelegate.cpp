@@ -66,13 +66,14 @@ private Q_SLOTS:
         QCOMPARE(rig.started(), starts);
         QCOMPARE(rig.setupShown, assistant);
         QCOMPARE(rig.prefs.boolValue("setupCompleted", false), starts);
-        rig.delegate.finishSetup();
+        rig.delegate.finishSetup(false);
         QVERIFY(rig.started());
+        QVERIFY(rig.prefs.boolValue("setupAssistantFinished", false));
     }
 
     void coverColoursReachTheAccentAndTheTheme() {
         Rig rig;
-        rig.delegate.finishSetup();
+        rig.delegate.finishSetup(false);
         QImage cover(64, 64, QImage::Format_RGB32);
         cover.fill(QColor(200, 30, 40));
         const QString path = rig.dir.filePath("cover.png");

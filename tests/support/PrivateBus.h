@@ -15,18 +15,20 @@ namespace MirlTest {
 // A session bus of the test's own.
 class PrivateBus {
 public:
-    PrivateBus() {
+    // `policy` is more of the bus's own rules, e.g. a <deny .../> as a sandbox's policy has.
+    explicit PrivateBus(const QString& policy = {}) {
         const QString config = m_dir.filePath(QStringLiteral("bus.conf"));
         QFile f(config);
         if (!f.open(QIODevice::WriteOnly))
             return;
         // Moc reads this header too, and it does not understand raw string literals.
-        f.write(QStringLiteral("<busconfig><type>session</type><listen>unix:path=%1</listen>"
-                               "<auth>EXTERNAL</auth><policy context=\"default\">"
-                               "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
-                               "<allow eavesdrop=\"true\"/><allow own=\"*\"/></policy></busconfig>")
-                    .arg(m_dir.filePath(QStringLiteral("bus")))
-                    .toUtf8());
+        f.write(
+            QStringLiteral("<busconfig><type>session</type><listen>unix:path=%1</listen>"
+                           "<auth>EXTERNAL</auth><policy context=\"default\">"
+                           "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
+                           "<allow eavesdrop=\"true\"/><allow own=\"*\"/>%2</policy></busconfig>")
+                .arg(m_dir.filePath(QStringLiteral("bus")), policy)
+                .toUtf8());
         f.close();
         // Gone with the test, even when the test crashes.
         m_daemon.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });

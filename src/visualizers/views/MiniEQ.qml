@@ -1,7 +1,9 @@
 import QtQuick
+import MirlPlayer.Visualizers
 
 // The tiny meter of the resting pill: four capsules for the four lowest bands, resting at a fifth
-// of the height in silence, easing to each new level over 0.1 s.
+// of the height in silence, easing to each new level over 0.1 s. The ease moves in whole device
+// pixels and only when one changes (PixelEase), so the meter draws no frame a pixel would not see.
 Row {
     id: meter
     property var levels: []
@@ -13,13 +15,18 @@ Row {
         Rectangle {
             required property int index
             readonly property real level: index < meter.levels.length ? meter.levels[index] : 0.1
+            PixelEase {
+                id: ease
+                target: Math.max((level * 0.8 + 0.2) * meter.height, 3)
+                step: 1 / Screen.devicePixelRatio
+                duration: 0.1
+            }
             width: (meter.width - meter.spacing * 3) / 4
-            height: Math.max((level * 0.8 + 0.2) * meter.height, 3)
+            height: ease.value
             anchors.verticalCenter: parent.verticalCenter
             radius: width / 2
             color: meter.color
             opacity: 0.9
-            Behavior on height { NumberAnimation { duration: 100; easing.type: Easing.OutQuad } }
         }
     }
 }

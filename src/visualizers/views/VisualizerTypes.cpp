@@ -3,6 +3,7 @@
 #include "visualizers/VizStyle.h"
 #include "visualizers/views/GpuSpectrumViews.h"
 #include "visualizers/views/PaintedSpectrum.h"
+#include "visualizers/views/PixelEase.h"
 #include "visualizers/views/SpectrumSource.h"
 
 #include <QQmlEngine>
@@ -39,6 +40,7 @@ void registerVisualizerTypes() {
     qmlRegisterType<NeonWaterfallView>(uri, 1, 0, "NeonWaterfallView");
     qmlRegisterType<StereoWaterfallView>(uri, 1, 0, "StereoWaterfallView");
     qmlRegisterType<StereoAnalyzerView>(uri, 1, 0, "StereoAnalyzerView");
+    qmlRegisterType<PixelEase>(uri, 1, 0, "PixelEase");
     // By file as well: an engine finds them without an import path for the module's folder.
     for (const char* name : {"SpectrumView", "MiniEQ"})
         qmlRegisterType(QUrl(QStringLiteral("qrc:/qt/qml/MirlPlayer/Visualizers/%1.qml")

@@ -248,6 +248,10 @@ void PipeWireCapture::setWanted(bool wanted) {
         d->disconnect();
 }
 
+bool PipeWireCapture::reachable() {
+    return d->connection.open();
+}
+
 bool PipeWireCapture::hasStream() const {
     return d->stream != nullptr;
 }

@@ -31,6 +31,7 @@ public:
     StartResult startCapture(quint64 object) override;
     void teardown() override;
     void setWanted(bool wanted) override;
+    bool reachable() override;
 
     // Whether a capture stream exists right now (for checks that nothing is left running).
     bool hasStream() const;

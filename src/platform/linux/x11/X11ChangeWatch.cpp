@@ -4,6 +4,8 @@
 
 #include <QCoreApplication>
 
+#include <cstdlib>
+
 #include <xcb/xcb.h>
 #include <xcb/xinput.h>
 
@@ -26,26 +28,32 @@ X11ChangeWatch::X11ChangeWatch() {
     xcb_change_window_attributes(c, root, XCB_CW_EVENT_MASK, &mask);
     m_windowEvents = true;
 
-    // Qt has agreed on XInput 2 with the server already when it uses it; ask for 2.0 anyway,
-    // which a server answers with the version in force.
+    // Qt has agreed on XInput 2 with the server already when it uses it, and a server refuses a
+    // client that then asks for a lower version: select at once, and only when that is refused
+    // (nobody agreed on a version yet) agree on one and select again.
     const xcb_query_extension_reply_t* xi = xcb_get_extension_data(c, &xcb_input_id);
     if (xi && xi->present) {
-        Reply<xcb_input_xi_query_version_reply_t> version(
-            xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 0), nullptr));
-        if (version && version->major_version >= 2) {
-            struct {
-                xcb_input_event_mask_t head;
-                quint32 bits;
-            } select{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
-                     XCB_INPUT_XI_EVENT_MASK_RAW_MOTION | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS |
-                         XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE};
+        struct {
+            xcb_input_event_mask_t head;
+            quint32 bits;
+        } select{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+                 XCB_INPUT_XI_EVENT_MASK_RAW_MOTION | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS |
+                     XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE};
+        const auto trySelect = [&] {
             const auto cookie = xcb_input_xi_select_events_checked(c, root, 1, &select.head);
-            if (auto* error = xcb_request_check(c, cookie))
-                std::free(error);
-            else
-                m_pointerEvents = true;
-            m_xinputOpcode = xi->major_opcode;
+            xcb_generic_error_t* error = xcb_request_check(c, cookie);
+            const bool selected = error == nullptr;
+            std::free(error);
+            return selected;
+        };
+        m_pointerEvents = trySelect();
+        if (!m_pointerEvents) {
+            Reply<xcb_input_xi_query_version_reply_t> version(
+                xcb_input_xi_query_version_reply(c, xcb_input_xi_query_version(c, 2, 4), nullptr));
+            m_pointerEvents = version && version->major_version >= 2 && trySelect();
         }
+        if (m_pointerEvents)
+            m_xinputOpcode = xi->major_opcode;
     }
     xcb_flush(c);
     QCoreApplication::instance()->installNativeEventFilter(this);
