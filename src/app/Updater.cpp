@@ -1,6 +1,7 @@
 #include "app/Updater.h"
 
 #include "app/UpdateAlert.h"
+#include "app/UpdateFetch.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
 
@@ -31,8 +32,9 @@ void Updater::start() {
 void Updater::start(UpdateConfig config, UpdateUserDriver* driver) {
     if (m_controller || config.feedURL.isEmpty())
         return;
-    if (config.publicKey.size() != 32 || !config.feedURL.isValid()) {
-        qCWarning(lcCore) << "updates are configured without a valid feed and signing key";
+    if (config.publicKey.size() != 32 ||
+        !isAllowedUpdateURL(config.feedURL, config.allowLoopback)) {
+        qCWarning(lcCore) << "updates need an HTTPS feed and the key of its signatures";
         return;
     }
     if (config.currentVersion.isEmpty()) {

@@ -157,11 +157,20 @@ private Q_SLOTS:
         QCOMPARE(updater.lastCheck().isValid(), feedOverride.isEmpty());
     }
 
-    void buildWithoutFeedHasNoUpdater() {
+    void noUpdaterWithoutASecureSignedFeed_data() {
+        QTest::addColumn<QString>("feed");
+        QTest::addColumn<QByteArray>("key");
+        QTest::newRow("no feed") << QString() << QByteArray(32, 1);
+        QTest::newRow("plain HTTP") << "http://example.com/appcast.xml" << QByteArray(32, 1);
+        QTest::newRow("no key") << "https://example.com/appcast.xml" << QByteArray();
+    }
+    void noUpdaterWithoutASecureSignedFeed() {
+        QFETCH(QString, feed);
+        QFETCH(QByteArray, key);
         QTemporaryDir dir;
         Preferences prefs(dir.filePath(QStringLiteral("prefs.conf")));
         Updater updater(prefs);
-        updater.start(UpdateConfig{});
+        updater.start(UpdateConfig{QUrl(feed), key});
         QVERIFY(!updater.available());
         QCOMPARE(updater.statusLine(), QStringLiteral("Updates aren't set up in this build."));
     }
