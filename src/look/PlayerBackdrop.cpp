@@ -17,7 +17,7 @@ void PlayerBackdrop::setTheme(Theme* theme) {
         disconnect(m_theme, nullptr, this, nullptr);
     m_theme = theme;
     if (theme) {
-        for (auto signal : {&Theme::backgroundStyleIDChanged, &Theme::frostedGlassOpacityChanged,
+        for (auto signal : {&Theme::effectiveBackgroundChanged, &Theme::frostedGlassOpacityChanged,
                             &Theme::liquidGlassOpacityChanged, &Theme::showVisualizerChanged,
                             &Theme::glassReflectionChanged, &Theme::edgeReflectionChanged})
             connect(theme, signal, this, &PlayerBackdrop::changed);
@@ -62,9 +62,10 @@ double PlayerBackdrop::liquidStrength(double d) {
 }
 
 PlayerBackground PlayerBackdrop::current() const {
-    return m_theme
-               ? effectiveForm(m_theme->backgroundStyleID(), m_reduceTransparency, m_glassAvailable)
-               : PlayerBackground::solid;
+    return m_theme ? effectiveForm(m_theme->backgroundStyleID(),
+                                   m_reduceTransparency || m_theme->reduceTransparency(),
+                                   m_glassAvailable)
+                   : PlayerBackground::solid;
 }
 
 QString PlayerBackdrop::form() const {

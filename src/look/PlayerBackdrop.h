@@ -13,7 +13,7 @@ namespace MirlPlayer {
 // The material behind the pill, the card and the library, as the view draws it: which form, the
 // opacities of its layers and which music light lies in the glass. Every number comes from the
 // Theme; the view only binds. Without a glass material on this platform `liquid` is drawn as
-// `frosted`; with reduced transparency everything is `solid`.
+// `frosted`; with reduced transparency (its own flag, or the Theme's) everything is `solid`.
 class PlayerBackdrop : public QObject {
     Q_OBJECT
     Q_PROPERTY(MirlPlayer::Theme* theme READ theme WRITE setTheme NOTIFY changed)
