@@ -1,14 +1,17 @@
 #include "app/AppDelegate.h"
 #include "app/DesktopSession.h"
 #include "app/FactoryPreferences.h"
+#include "core/FocusLog.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
 #include "look/LookTypes.h"
 #include "platform/linux/service/MirlBusService.h"
+#include "platform/linux/wayland/PanelBackend.h"
 #include "playback/SpotifyQueue.h"
 #include "visualizers/views/VisualizerTypes.h"
 
 #include <QApplication>
+#include <QLoggingCategory>
 #include <QQuickWindow>
 #include <QSocketNotifier>
 #include <QTimer>
@@ -49,12 +52,20 @@ int main(int argc, char* argv[]) {
     // alpha channel, and the visualizers draw with OpenGL.
     QQuickWindow::setDefaultAlphaBuffer(true);
     requestVisualizerGraphics();
+    // Every panel backend of this build is an X window, in a Wayland session through XWayland;
+    // left alone, Qt would pick its Wayland platform there.
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    const PanelBackendChoice& backend = PanelBackendChoice::forThisProcess();
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("MIRL PRO"));
     QApplication::setDesktopFileName(AppDelegate::bundleIdentifier);
     QApplication::setQuitOnLastWindowClosed(false);
     installDebugLogFilter();
+    const QString backendLine = QStringLiteral("Panel backend %1: %2")
+                                    .arg(panelBackendName(backend.backend), backend.reason);
+    qCInfo(lcCore).noquote() << backendLine;
 
     // One running copy: a second launch asks the first to do what opening it again does, and
     // leaves before it touches anything.
@@ -63,6 +74,7 @@ int main(int argc, char* argv[]) {
         return 0;
     }
     quitOnTerminationSignals(app);
+    FocusLog::shared().logLine(backendLine);
 
     seedFactoryPreferences(Preferences::shared(), QStringLiteral(":/DefaultPreferences.plist"));
     registerLookTypes(); // the theme reads the seeded look, so after seeding

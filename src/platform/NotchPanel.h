@@ -24,6 +24,11 @@ public:
     // the hit rectangle reach the panel.
     virtual void setIgnoresMouseEvents(bool ignores) = 0;
     virtual void setHitRect(const QRectF& rect) = 0;
+    // Where the stage machine needs to know of the pointer (window coordinates, like the hit
+    // rectangle): the trigger at rest, the hold rectangle otherwise. A window that sees the
+    // pointer only over itself (a Wayland session) takes the pointer there too; a window whose
+    // pointer is polled ignores it.
+    virtual void setHoverRect(const QRectF& rect) { (void)rect; }
     // Fades the whole window to `alpha` over `seconds`.
     virtual void animateAlpha(double alpha, double seconds) = 0;
     // Gives up the keyboard (after clearing the focused item).

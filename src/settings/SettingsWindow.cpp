@@ -1,9 +1,11 @@
 #include "settings/SettingsWindow.h"
 
+#include "app/Updater.h"
 #include "audio/AudioCaptureSettings.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
 #include "library/SpotifyMemory.h"
+#include "look/ReduceTransparency.h"
 #include "look/Theme.h"
 #include "settings/LoginItem.h"
 #include "settings/SettingsModel.h"
@@ -52,8 +54,10 @@ void SettingsWindow::build(const QString& page) {
     context->setContextProperty(QStringLiteral("spotify"), &SpotifyLibrary::shared());
     context->setContextProperty(QStringLiteral("spotifyMemory"), &SpotifyMemory::shared());
     context->setContextProperty(QStringLiteral("loginItem"), &LoginItem::shared());
+    context->setContextProperty(QStringLiteral("transparency"), &ReduceTransparency::shared());
     context->setContextProperty(QStringLiteral("account"), m_account.get());
     context->setContextProperty(QStringLiteral("versionText"), m_versionText);
+    context->setContextProperty(QStringLiteral("updater"), &Updater::shared());
     m_engine->load(QUrl(QStringLiteral("qrc:/qt/qml/MirlPlayer/Settings/SettingsWindow.qml")));
     if (m_engine->rootObjects().isEmpty()) {
         qCWarning(lcCore) << "the settings window could not be built";
@@ -69,6 +73,8 @@ void SettingsWindow::build(const QString& page) {
 void SettingsWindow::open(const QString& page) {
     if (!m_window)
         build(page);
+    else
+        m_model->openPage(page); // a page title switches the open window; anything else does not
     if (!m_window)
         return;
     m_window->show();

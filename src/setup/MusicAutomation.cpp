@@ -1,8 +1,6 @@
 #include "setup/MusicAutomation.h"
 
-#include <QDBusConnectionInterface>
 #include <QDBusMessage>
-#include <QDBusReply>
 #include <QDBusVariant>
 #include <QDir>
 #include <QFileInfo>
@@ -43,7 +41,25 @@ QDBusMessage playbackStatusCall(const QString& id) {
     return call;
 }
 
+// A question to the bus daemon about a name, asked with a plain message: the shared interface
+// object of the connection is not for use from several threads.
+QDBusMessage askDaemon(const QDBusConnection& bus, const QString& method, const QString& name) {
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), method);
+    call.setArguments({name});
+    return bus.call(call, QDBus::Block, 2000);
+}
+
 } // namespace
+
+bool isRunning(const QString& id, const QDBusConnection& bus) {
+    if (id.isEmpty())
+        return false;
+    const QDBusMessage reply = askDaemon(bus, QStringLiteral("NameHasOwner"), id);
+    return reply.type() == QDBusMessage::ReplyMessage && !reply.arguments().isEmpty() &&
+           reply.arguments().constFirst().toBool();
+}
 
 App spotify() {
     return {mprisPrefix + QStringLiteral("spotify"),
@@ -109,9 +125,7 @@ QString installation(const App& app, const Places& places) {
 }
 
 Access status(const App& app, const QDBusConnection& bus, const Places& places) {
-    const QDBusConnectionInterface* daemon = bus.interface();
-    const bool running = daemon && !app.id.isEmpty() && daemon->isServiceRegistered(app.id);
-    if (running)
+    if (isRunning(app.id, bus))
         return Access::needsAsk;
     return installation(app, places).isEmpty() ? Access::notInstalled : Access::notRunning;
 }
@@ -183,13 +197,13 @@ QStringList actions(Access access) {
 }
 
 std::optional<qint64> playerProcess(const QStringList& ids, const QDBusConnection& bus) {
-    const QDBusConnectionInterface* daemon = bus.interface();
-    if (!daemon)
-        return std::nullopt;
     std::optional<qint64> firstRunning;
     for (const QString& id : ids) {
-        const QDBusReply<uint> pid = daemon->servicePid(id);
-        if (!pid.isValid() || pid.value() == 0)
+        const QDBusMessage owner = askDaemon(bus, QStringLiteral("GetConnectionUnixProcessID"), id);
+        const qint64 pid = owner.type() == QDBusMessage::ReplyMessage
+                               ? owner.arguments().value(0).toLongLong()
+                               : 0;
+        if (pid <= 0)
             continue;
         const QDBusMessage reply = bus.call(playbackStatusCall(id), QDBus::Block, 1000);
         const bool playing = reply.type() == QDBusMessage::ReplyMessage &&
@@ -197,9 +211,9 @@ std::optional<qint64> playerProcess(const QStringList& ids, const QDBusConnectio
                              reply.arguments().constFirst().value<QDBusVariant>().variant() ==
                                  QStringLiteral("Playing");
         if (playing)
-            return qint64(pid.value());
+            return pid;
         if (!firstRunning)
-            firstRunning = qint64(pid.value());
+            firstRunning = pid;
     }
     return firstRunning;
 }

@@ -44,6 +44,9 @@ struct Places {
 // The installed launcher entry of the app, else its executable; empty when it is not installed.
 QString installation(const App& app, const Places& places);
 
+// Whether the player is on the bus now. Asks the bus daemon only.
+bool isRunning(const QString& id, const QDBusConnection& bus);
+
 // Installed and running tell the state; the call that proves access is probe(). Asks the bus
 // daemon only (whether the name has an owner); never calls the player.
 Access status(const App& app, const QDBusConnection& bus, const Places& places);

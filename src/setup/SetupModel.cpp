@@ -1,7 +1,6 @@
 #include "setup/SetupModel.h"
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QPointer>
 #include <QThread>
 #include <QVariantMap>
@@ -31,8 +30,7 @@ SetupModel::Services SetupModel::systemServices(std::function<App()> musicPlayer
         return MusicAutomation::probe(app.id, timeout, QDBusConnection::sessionBus());
     };
     services.running = [](const App& app) {
-        const QDBusConnectionInterface* daemon = QDBusConnection::sessionBus().interface();
-        return daemon && daemon->isServiceRegistered(app.id).value();
+        return MusicAutomation::isRunning(app.id, QDBusConnection::sessionBus());
     };
     services.launch = [places](const App& app) { return MusicAutomation::launch(app, *places); };
     return services;
@@ -58,9 +56,11 @@ SetupModel::SetupModel(Services services, std::unique_ptr<AudioProbe> probe, boo
     connect(&m_refreshTimer, &QTimer::timeout, this, &SetupModel::refresh);
     if (m_services.apps)
         m_apps = m_services.apps();
-    // The rows are there before the first refresh answers.
+    // The rows are there before the first refresh answers, which is asked for at once, so
+    // that the music step opens with the truth.
     for (const App& app : std::as_const(m_apps))
         m_access.insert(app.id, Access::notRunning);
+    refresh();
     // The probe listens to a connected player first, else to whichever of them plays.
     auto candidates = [this] {
         QStringList allowed, others;
@@ -116,6 +116,9 @@ QVariantList SetupModel::apps() const {
     QVariantList rows;
     for (const App& app : m_apps) {
         const Access state = access(app.id);
+        QStringList actions = MusicAutomation::actions(state);
+        if (!canOpenSettings(QStringLiteral("automation")))
+            actions.removeIf([](const QString& action) { return action.contains(u"Settings"); });
         rows.append(
             QVariantMap{{QStringLiteral("id"), app.id},
                         {QStringLiteral("name"), app.name},
@@ -284,6 +287,10 @@ void SetupModel::ask(const QString& id) {
 void SetupModel::openSettings(const QString& what) {
     if (m_services.openSettings)
         m_services.openSettings(what);
+}
+
+bool SetupModel::canOpenSettings(const QString& what) const {
+    return m_services.canOpenSettings && m_services.canOpenSettings(what);
 }
 
 void SetupModel::shutDown() {

@@ -49,6 +49,7 @@ public:
         std::function<bool()> spotifyConnected;
         // "automation" (a player's permission), "audio" (recording), "spotify" (the account).
         std::function<void(const QString& what)> openSettings;
+        std::function<bool(const QString& what)> canOpenSettings;
         double refreshInterval = 2.0;
         double askExpiry = 30.0;
         double launchPoll = 0.25;
@@ -88,6 +89,9 @@ public:
     Q_INVOKABLE void ask(const QString& id);
     // A row's or a page's settings button: `what` as in Services::openSettings.
     Q_INVOKABLE void openSettings(const QString& what);
+    // Whether this desktop has a place to send the user for `what`; without one the button
+    // is left out and the text alone says what to do.
+    Q_INVOKABLE bool canOpenSettings(const QString& what) const;
     Q_INVOKABLE void startProbe() { m_probe->start(); }
     // Refreshes the players' states now (the music step does it every 2 s by itself).
     void refresh();

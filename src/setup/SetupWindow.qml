@@ -15,8 +15,9 @@ Window {
     maximumHeight: 600
     visible: false
     color: SetupStyle.windowColour
-    flags: closable ? Qt.Dialog
-                    : (Qt.Dialog | Qt.CustomizeWindowHint | Qt.WindowTitleHint)
+    // An ordinary window, so the taskbar finds it; the first run's has no close button.
+    flags: closable ? (Qt.Window | Qt.WindowTitleHint | Qt.WindowCloseButtonHint)
+                    : (Qt.Window | Qt.CustomizeWindowHint | Qt.WindowTitleHint)
 
     onClosing: close => close.accepted = closable
 

@@ -22,7 +22,7 @@ MusicAutomation::App musicRow(const std::pair<QString, QString>& current, const 
     return MusicAutomation::musicPlayer(prefix + QStringLiteral("cider"), QStringLiteral("Cider"));
 }
 
-bool openDesktopSettings(const QString& what) {
+std::optional<std::pair<QString, QStringList>> desktopSettings(const QString& what) {
     // The first of the desktop's own programs that is installed; each opens at the right place.
     using Command = std::pair<QString, QStringList>;
     const QList<Command> candidates =
@@ -44,9 +44,9 @@ bool openDesktopSettings(const QString& what) {
                                            {QStringLiteral("/var/lib/flatpak/exports/bin")})
                 .isEmpty())
             continue;
-        return QProcess::startDetached(path, arguments);
+        return std::pair{path, arguments};
     }
-    return false;
+    return std::nullopt;
 }
 
 std::unique_ptr<SetupModel> makeSetupModel(Preferences& prefs, SetupInputs inputs) {
@@ -63,7 +63,14 @@ std::unique_ptr<SetupModel> makeSetupModel(Preferences& prefs, SetupInputs input
                 openSpotify();
             return;
         }
-        openDesktopSettings(what);
+        if (const auto command = desktopSettings(what))
+            QProcess::startDetached(command->first, command->second);
+    };
+    // Looked up once per window: the pages ask on every change of a row.
+    const bool audioSettings = desktopSettings(QStringLiteral("audio")).has_value();
+    const bool permissionSettings = desktopSettings(QStringLiteral("automation")).has_value();
+    services.canOpenSettings = [audioSettings, permissionSettings](const QString& what) {
+        return what == u"spotify" || (what == u"audio" ? audioSettings : permissionSettings);
     };
 
     auto probe = std::make_unique<AudioProbe>(

@@ -5,6 +5,7 @@
 #include <QString>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace MirlPlayer {
@@ -30,8 +31,8 @@ std::unique_ptr<SetupModel> makeSetupModel(Preferences& prefs, SetupInputs input
 // the one named in the setting `musicPlayer`, else an Apple Music client (Cider).
 MusicAutomation::App musicRow(const std::pair<QString, QString>& current, const QString& setting);
 
-// Opens the desktop's settings for `what`: "audio" the recording apps of the sound settings,
-// "automation" the apps' permissions. False when this desktop has no such program.
-bool openDesktopSettings(const QString& what);
+// The desktop's settings program for `what`: "audio" the recording apps of the sound settings,
+// "automation" the apps' permissions; the first that is installed, nothing when none is.
+std::optional<std::pair<QString, QStringList>> desktopSettings(const QString& what);
 
 } // namespace MirlPlayer

@@ -89,6 +89,7 @@ StepPage {
             wrapMode: Text.WordWrap
         }
         SetupButton {
+            visible: setup.canOpenSettings("audio")
             text: "Open Audio Recording Settings"
             onClicked: setup.openSettings("audio")
         }

@@ -50,6 +50,8 @@ private Q_SLOTS:
             << QStringList{"matchLoudness"} << true << false << 1;
         QTest::newRow("older install plays, still sees the assistant")
             << QStringList{"showVisualizer"} << true << true << 1;
+        QTest::newRow("marked set up before there was an assistant")
+            << QStringList{"setupCompleted"} << true << true << 1;
         QTest::newRow("set up") << QStringList{"setupCompleted", "setupAssistantFinished"} << true
                                 << true << 0;
     }

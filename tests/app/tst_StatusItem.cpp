@@ -24,6 +24,7 @@ class tst_StatusItem : public QObject {
     Preferences m_prefs{m_dir.filePath(QStringLiteral("p.conf"))};
     FakePlayerBridge m_bridge;
     AppDelegate m_delegate{m_prefs, &m_bridge};
+    Updater m_updater{m_prefs};
     QStringList m_settingsAsked; // the page of each request to open Settings
     QDBusConnection m_panel =
         QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("tray-panel"));
@@ -34,8 +35,10 @@ class tst_StatusItem : public QObject {
     MirlTest::TrayMenu trayMenu() {
         if (!m_item) {
             m_watcher = std::make_unique<TrayWatcher>(m_panel, true);
-            m_item =
-                std::make_unique<StatusItem>([this] { return buildStatusMenu(m_delegate, [] {}); });
+            m_item = std::make_unique<StatusItem>([this] {
+                return buildStatusMenu(
+                    m_delegate, [] {}, m_updater);
+            });
         }
         if (!QTest::qWaitFor([this] { return !m_watcher->items().isEmpty(); }, 5000))
             return {};
@@ -66,18 +69,34 @@ private Q_SLOTS:
     void theTrayReadsTheMenuRows_data() {
         QTest::addColumn<std::function<void()>>("before");
         QTest::addColumn<QStringList>("rows");
-        QTest::newRow("no update pending")
-            << std::function<void()>()
-            << QStringList{QStringLiteral("MIRL PRO ") + versionText() + " (disabled)",
-                           "---",
-                           "Settings… [Control+,]",
-                           "Setup Assistant…",
-                           "Reposition on Notch [Control+R]",
-                           "---",
-                           "Report a Problem…",
-                           "Share an Idea…",
-                           "---",
-                           "Quit [Control+Q]"};
+        const QStringList rows{QStringLiteral("MIRL PRO ") + Updater::versionText() + " (disabled)",
+                               "---",
+                               "Settings… [Control+,]",
+                               "Setup Assistant…",
+                               "Reposition on Notch [Control+R]",
+                               "---",
+                               "Report a Problem…",
+                               "Share an Idea…",
+                               "---",
+                               "Quit [Control+Q]"};
+        const auto withUpdateRow = [rows](const QString& row) {
+            QStringList out = rows;
+            out.insert(5, row);
+            return out;
+        };
+        QTest::newRow("a build without updates") << std::function<void()>() << rows;
+        QTest::newRow("updates set up") << std::function<void()>([this] {
+            m_prefs.setValue(QStringLiteral("automaticallyChecksForUpdates"), false);
+            m_updater.start(UpdateConfig{
+                QUrl(QStringLiteral("https://updates.invalid/appcast.xml")), QByteArray(32, 1)});
+            m_item->rebuild();
+        }) << withUpdateRow(QStringLiteral("Check for Updates…"));
+        QTest::newRow("an update waits") << std::function<void()>([this] {
+            AppcastItem update;
+            update.version = QStringLiteral("0.2.0");
+            m_updater.willHandleShowingUpdate(false, update, false);
+            m_item->rebuild();
+        }) << withUpdateRow(QStringLiteral("Update to 0.2.0…"));
     }
     void theTrayReadsTheMenuRows() {
         QFETCH(std::function<void()>, before);

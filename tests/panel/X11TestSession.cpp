@@ -88,6 +88,7 @@ X11TestSession::X11TestSession(Bus bus) {
     }
     qputenv("DISPLAY", name);
     qputenv("QT_QPA_PLATFORM", "xcb");
+    qputenv("MIRL_PANEL_BACKEND", "x11"); // the private X server, whatever session runs the test
     if (bus == Bus::inherited) {
         m_ok = true;
         return;

@@ -24,15 +24,18 @@ NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs
     m_watchedWindows.setExtraState([this] { return m_overview.active(); });
     // The tick reads the pointer and the window list through the watch: no round trip to the X
     // server while it has reported nothing new.
-    m_controller = std::make_unique<NotchPanelController>(Clock::system(), m_screens,
-                                                          m_watchedPointer, m_watchedWindows,
-                                                          std::move(inputs), std::move(outputs));
+    Pointer& pointer = m_backend == PanelBackend::xwayland
+                           ? static_cast<Pointer&>(m_windowPointer)
+                           : static_cast<Pointer&>(m_watchedPointer);
+    m_controller = std::make_unique<NotchPanelController>(Clock::system(), m_screens, pointer,
+                                                          m_watchedWindows, std::move(inputs),
+                                                          std::move(outputs));
     m_motion = std::make_unique<PillMotion>(*m_controller->layout());
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::geometryChanged);
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateDrawnRect);
     connect(m_motion.get(), &PillMotion::movingChanged, this, &NotchPanelHost::updateDrawnRect);
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateBlur);
-    connect(&m_theme, &Theme::backgroundStyleIDChanged, this, &NotchPanelHost::updateBlur);
+    connect(&m_theme, &Theme::effectiveBackgroundChanged, this, &NotchPanelHost::updateBlur);
     connect(m_controller->layout(), &NotchLayout::libraryOpenChanged, this,
             &NotchPanelHost::libraryOpenChanged);
     connect(m_controller->layout(), &NotchLayout::expandedChanged, this,
@@ -71,7 +74,6 @@ void NotchPanelHost::updateDrawnRect() {
     if (!m_panel)
         return;
     const double m = drawnMargin;
-    const QRectF drawn = shape().adjusted(-m, -m, m, m);
     if (m_motion->moving()) {
         // Before and during a move the window holds where the shape is, was and is going, so
         // the window grows once before an opening and never clips a frame of it.
@@ -79,9 +81,12 @@ void NotchPanelHost::updateDrawnRect() {
         const QSizeF size = layout->pillSize();
         const QRectF target(layout->pillCenterX() - size.width() / 2, layout->pillTop(),
                             size.width(), size.height());
-        m_drawn = m_drawn.united(drawn).united(target.adjusted(-m, -m, m, m));
+        m_drawn =
+            m_drawn.united(shape().adjusted(-m, -m, m, m)).united(target.adjusted(-m, -m, m, m));
     } else {
-        m_drawn = drawn; // settled: shrink to the shape
+        // Settled: shrink to the shape.
+        const double s = m_backend == PanelBackend::xwayland ? hoverDrawnMargin : m;
+        m_drawn = shape().adjusted(-s, -s, s, s);
     }
     m_panel->setDrawnRect(m_drawn);
 }
@@ -90,8 +95,8 @@ void NotchPanelHost::updateBlur() {
     if (!m_view)
         return;
     // Only glass asks for a blur; the region moves with the drawn shape.
-    const PlayerBackground form =
-        PlayerBackdrop::effectiveForm(m_theme.backgroundStyleID(), false, false);
+    const PlayerBackground form = PlayerBackdrop::effectiveForm(
+        m_theme.backgroundStyleID(), m_theme.reduceTransparency(), false);
     const bool glass = form != PlayerBackground::solid && m_blur.available();
     const double dpr = m_view->devicePixelRatio();
     const QRectF s = shape().translated(m_panel ? -m_panel->contentOffset() : QPoint());
@@ -134,6 +139,10 @@ bool NotchPanelHost::show() {
     m_panel->editableTextAt = [this](QPointF p) {
         return editableTextAt(m_view->contentItem(), p);
     };
+    if (m_backend == PanelBackend::xwayland) {
+        m_windowPointer.attach(m_view.get());
+        m_panel->setWatchesHover(true);
+    }
     m_controller->start(m_panel.get());
     updateDrawnRect();
     updateBlur();

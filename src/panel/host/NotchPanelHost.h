@@ -3,6 +3,8 @@
 #include "look/Theme.h"
 #include "panel/logic/NotchPanelController.h"
 #include "panel/logic/PillMotion.h"
+#include "platform/linux/wayland/PanelBackend.h"
+#include "platform/linux/wayland/WindowEventPointer.h"
 #include "platform/linux/x11/GnomeShellOverview.h"
 #include "platform/linux/x11/X11BlurBehind.h"
 #include "platform/linux/x11/X11ChangeWatch.h"
@@ -13,6 +15,7 @@
 
 #include <QObject>
 #include <QRectF>
+#include <QUrl>
 #include <functional>
 #include <memory>
 
@@ -26,9 +29,10 @@ class ArtworkImageProvider;
 class PlayerState;
 
 // The panel as the application shows it: the panel's Qt Quick surface driven by the
-// NotchPanelController over the X11 window facts. The view binds to `expanded` and to the drawn
-// shape of the pill (`pillRect`, `cardRect`: both the shape in force, in window coordinates,
-// already animated by the panel's springs).
+// NotchPanelController over the X11 window facts. In a Wayland session (XWayland) the pointer
+// comes from the window's own events instead of the root window (`PanelBackend`). The view binds to
+// `expanded` and to the drawn shape of the pill (`pillRect`, `cardRect`: both the shape in force,
+// in window coordinates, already animated by the panel's springs).
 class NotchPanelHost : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool expanded READ expanded NOTIFY expandedChanged)
@@ -40,6 +44,8 @@ class NotchPanelHost : public QObject {
     Q_PROPERTY(MirlPlayer::NotchLayout* layout READ layout CONSTANT)
     // The shape moves with the panel's springs already; the view adds no easing of its own.
     Q_PROPERTY(bool animatesShape READ animatesShape CONSTANT)
+    // The view the open library shows below its header bar; none leaves the place empty.
+    Q_PROPERTY(QUrl libraryView READ libraryView CONSTANT)
 public:
     NotchPanelHost(PlayerState& player, NotchPanelController::Inputs inputs,
                    NotchPanelController::Outputs outputs, Theme& theme = Theme::shared(),
@@ -53,6 +59,9 @@ public:
     void setEngineSetup(std::function<void(QQmlEngine&)> setup) {
         m_engineSetup = std::move(setup);
     }
+    // Before `show`: the library view's QML, from a module the engine setup made known.
+    void setLibraryView(const QUrl& view) { m_libraryView = view; }
+    QUrl libraryView() const { return m_libraryView; }
     QQuickView* window() const { return m_view.get(); }
     NotchPanelController& controller() { return *m_controller; }
     X11NotchPanel* panel() const { return m_panel.get(); }
@@ -62,6 +71,11 @@ public:
     QRectF shape() const;
     // Room kept around the shape in the window: the shadow, and a spring's overshoot.
     static constexpr double drawnMargin = 24;
+    // The same room once settled under XWayland. XWayland does not hand the X input region to
+    // every compositor (wlroots' take the whole window), and a click on the window outside that
+    // region is then lost: so the settled window keeps within the trigger and hold rectangles,
+    // whose margins are 14 and 12, at the cost of the shadow's faint outer edge.
+    static constexpr double hoverDrawnMargin = 12;
     QString artworkSource() const { return m_artworkSource; }
     bool animatesShape() const { return true; }
     double cornerRadius() const { return m_motion->cornerRadius(); }
@@ -100,10 +114,14 @@ private:
     WatchedPointer m_watchedPointer{m_pointer, m_watch, [] { return Clock::system().now(); }};
     WatchedWindowFacts m_watchedWindows{m_windows, m_watch, [] { return Clock::system().now(); }};
     GnomeShellOverview m_overview;
+    PanelBackend m_backend = PanelBackendChoice::forThisProcess().backend;
+    WindowEventPointer m_windowPointer{
+        [](QPointF global) { return ScreenFlip::current().toBottomLeft(global); }};
     std::unique_ptr<NotchPanelController> m_controller;
     std::unique_ptr<PillMotion> m_motion;
     std::unique_ptr<QQuickView> m_view;
     std::function<void(QQmlEngine&)> m_engineSetup;
+    QUrl m_libraryView;
     std::unique_ptr<X11NotchPanel> m_panel;
     X11BlurBehind m_blur;
     ArtworkImageProvider* m_artwork = nullptr; // owned by the view's engine

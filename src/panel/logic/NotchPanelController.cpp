@@ -387,18 +387,18 @@ void NotchPanelController::applyHitRegion(const ScreenDescription& screen,
                                           std::optional<QPointF> at) {
     if (!m_panel)
         return;
+    const PanelGeometry::Context c = context(screen);
+    m_panel->setHoverRect(inWindow(m_panel->frame(), hoverRect(m_stage, c)));
     if (m_stage != Stage::open) {
         m_panel->setHitRect({});
         m_panel->setIgnoresMouseEvents(true);
         return;
     }
-    const QRectF hit = hitRegion(context(screen));
+    const QRectF hit = hitRegion(c);
     const QPointF p = at ? *at : pointer().location;
     const bool down = pointerDown();
     m_panel->setIgnoresMouseEvents(!(containsPoint(hit, p) || down));
-    const QRectF frame = m_panel->frame();
-    m_panel->setHitRect(
-        QRectF(hit.x() - frame.x(), topEdge(frame) - topEdge(hit), hit.width(), hit.height()));
+    m_panel->setHitRect(inWindow(m_panel->frame(), hit));
 }
 
 MirlState NotchPanelController::currentState(const ScreenDescription& screen) const {

@@ -134,4 +134,12 @@ QRectF displayRect(const ScreenDescription& screen, const QList<ScreenDescriptio
     return {f.x(), desktopTop - topEdge(f), f.width(), f.height()};
 }
 
+QRectF hoverRect(Stage stage, const Context& context) {
+    return stage == Stage::rest ? triggerRect(context) : holdRect(context);
+}
+
+QRectF inWindow(const QRectF& frame, const QRectF& rect) {
+    return {rect.x() - frame.x(), topEdge(frame) - topEdge(rect), rect.width(), rect.height()};
+}
+
 } // namespace MirlPlayer::PanelGeometry

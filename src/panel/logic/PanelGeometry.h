@@ -64,6 +64,11 @@ QRectF pillRect(const Context& context);
 QRectF triggerRect(const Context& context);
 QRectF holdRect(const Context& context);
 QRectF hitRegion(const Context& context);
+// Where the stage machine reads the pointer at a stage: the trigger at rest, else the hold
+// rectangle (which holds the trigger).
+QRectF hoverRect(Stage stage, const Context& context);
+// A screen rectangle in a window's own coordinates (top-left origin at the frame's top left).
+QRectF inWindow(const QRectF& frame, const QRectF& rect);
 
 // The screen's rectangle as window lists give theirs: top-left origin at the top left of the
 // whole desktop.

@@ -1,7 +1,9 @@
 // Pictures of the settings window for the demo: every page, and a search, drawn by the real
 // window over the shipped settings in a private home. Needs a display; the demo runs it on its
 // virtual screen. Writes settings-<page>.png, settings-spotify-guide.png and settings-search.png
-// into the folder given.
+// into the folder given, and the updates page of a build with an update feed
+// (settings-updates-feed.png) and with an update waiting (settings-updates-pending.png).
+#include "app/Updater.h"
 #include "look/LookTypes.h"
 #include "settings/SettingsModel.h"
 #include "settings/SettingsPage.h"
@@ -67,6 +69,25 @@ int main(int argc, char* argv[]) {
     settle(400);
     if (!settings.window()->grabWindow().save(
             QDir(out).filePath(QStringLiteral("settings-search.png"))))
+        ++failures;
+
+    // As a build with an update feed shows it; its first check would come a minute later, long
+    // after these pictures.
+    settings.model()->setSearch({});
+    settings.model()->setSelection(int(SettingsPage::updates));
+    Updater& updater = Updater::shared();
+    updater.start(UpdateConfig{QUrl(QStringLiteral("https://updates.invalid/appcast.xml")),
+                               QByteArray(32, 1)});
+    settle(400);
+    if (!settings.window()->grabWindow().save(
+            QDir(out).filePath(QStringLiteral("settings-updates-feed.png"))))
+        ++failures;
+    AppcastItem waiting;
+    waiting.version = QStringLiteral("0.2.0");
+    updater.willHandleShowingUpdate(false, waiting, false);
+    settle(400);
+    if (!settings.window()->grabWindow().save(
+            QDir(out).filePath(QStringLiteral("settings-updates-pending.png"))))
         ++failures;
     return failures;
 }

@@ -59,7 +59,7 @@ int main(int argc, char* argv[]) {
         return 1;
     SetupModel& model = *window.model();
     window.show();
-    settle(300);
+    settle(800); // the first page fades in once the window is on screen
 
     int failures = 0;
     const QMetaEnum steps = QMetaEnum::fromType<SetupModel::Step>();

@@ -60,8 +60,8 @@ void X11NotchPanel::applyGeometry() {
         return;
     const QRect frame = ScreenFlip::current().toTopLeft(m_frame).toRect();
     QRect target = frame;
-    if (!m_drawn.isEmpty())
-        target = m_drawn.toAlignedRect().translated(frame.topLeft()).intersected(frame);
+    if (const QRectF covered = m_input.windowRect(m_drawn); !covered.isEmpty())
+        target = covered.toAlignedRect().translated(frame.topLeft()).intersected(frame);
     if (target.isEmpty())
         target = frame;
     // What is drawn stays where it is on screen while the window's edges move around it.
@@ -79,9 +79,16 @@ void X11NotchPanel::applyGeometry() {
         if (onContentOffset)
             onContentOffset(offset);
     }
-    if (m_window->geometry() != target)
+    const bool moves = m_window->geometry() != target;
+    // The input region is relative to the window's origin: across a move it would stand in the
+    // wrong place for a moment, and a window that learns of the pointer only through its input
+    // region would hear a leave under a still pointer. So it is opened wide across the move.
+    const bool widen = moves && m_input.watchesHover && m_window->handle();
+    if (widen)
+        m_region.apply(m_window->winId(), PanelInputRegion::everywhere);
+    if (moves)
         m_window->setGeometry(target);
-    applyInputRegion();
+    applyInputRegion(widen);
 }
 
 void X11NotchPanel::orderFrontRegardless() {
@@ -102,26 +109,41 @@ void X11NotchPanel::orderOut() {
 }
 
 void X11NotchPanel::setIgnoresMouseEvents(bool ignores) {
-    if (m_ignores == ignores)
+    if (m_input.ignoresMouse == ignores)
         return;
-    m_ignores = ignores;
+    m_input.ignoresMouse = ignores;
     applyInputRegion();
 }
 
 void X11NotchPanel::setHitRect(const QRectF& rect) {
-    if (m_hitRect == rect)
+    if (m_input.hitRect == rect)
         return;
-    m_hitRect = rect;
+    m_input.hitRect = rect;
     applyInputRegion();
+}
+
+void X11NotchPanel::setHoverRect(const QRectF& rect) {
+    if (m_input.hoverRect == rect)
+        return;
+    m_input.hoverRect = rect;
+    if (m_input.watchesHover)
+        applyGeometry(); // the window grows to it, and applies the input region
+}
+
+void X11NotchPanel::setWatchesHover(bool watches) {
+    if (m_input.watchesHover == watches)
+        return;
+    m_input.watchesHover = watches;
+    applyGeometry();
 }
 
 void X11NotchPanel::applyInputRegion(bool force) {
     if (!m_window || !m_window->handle())
         return;
     QRect region;
-    if (!m_ignores && !m_hitRect.isEmpty()) {
+    if (const QRectF input = m_input.inputRect(); !input.isEmpty()) {
         const double dpr = m_window->devicePixelRatio();
-        const QRectF r = m_hitRect.translated(-m_offset); // the window starts at the offset
+        const QRectF r = input.translated(-m_offset); // the window starts at the offset
         region =
             QRectF(r.x() * dpr, r.y() * dpr, r.width() * dpr, r.height() * dpr).toAlignedRect();
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/NotchPanel.h"
+#include "platform/linux/x11/PanelInputRegion.h"
 #include "platform/linux/x11/X11InputRegion.h"
 
 #include <QObject>
@@ -15,11 +16,12 @@ namespace MirlPlayer {
 
 // Drives a Qt window as the notch panel on X11: frame in screen points, stacking, fading, and
 // click-through everywhere except the hit rectangle by an XShape input region (drawing is left
-// whole). It also notes presses inside the window for the controller's drag rule.
-// The frame is the panel's coordinate space; the X window itself covers only the drawn part of
-// it (`setDrawnRect`), so the server, the compositor and the rasteriser handle no more pixels
-// than the pill or the card has. Its content is offset to match, and the window's bit gravity
-// is static, so what is drawn keeps its screen pixels while the window grows or shrinks.
+// whole); under XWayland the input region and the window cover the hover rectangle as well. It also
+// notes presses inside the window for the controller's drag rule. The frame is the panel's
+// coordinate space; the X window itself covers only the drawn part of it (`setDrawnRect`), so the
+// server, the compositor and the rasteriser handle no more pixels than the pill or the card has.
+// Its content is offset to match, and the window's bit gravity is static, so what is drawn keeps
+// its screen pixels while the window grows or shrinks.
 class X11NotchPanel : public QObject, public NotchPanel {
     Q_OBJECT
 public:
@@ -44,6 +46,10 @@ public:
     void orderOut() override;
     void setIgnoresMouseEvents(bool ignores) override;
     void setHitRect(const QRectF& rect) override;
+    void setHoverRect(const QRectF& rect) override;
+    // Under XWayland: the window takes the pointer over the hover rectangle as well, so that its
+    // own events can tell where the pointer is.
+    void setWatchesHover(bool watches);
     void animateAlpha(double alpha, double seconds) override;
     void resignKey() override;
 
@@ -75,8 +81,7 @@ private:
     QPoint m_offset;
     bool m_staticGravity = false;
     int m_level = 0;
-    bool m_ignores = true;
-    QRectF m_hitRect;
+    PanelInputRegion m_input;
     QRect m_applied{0, 0, -1, -1};
     bool m_everApplied = false;
     QPropertyAnimation* m_fade = nullptr;
