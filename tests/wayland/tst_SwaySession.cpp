@@ -128,17 +128,20 @@ private Q_SLOTS:
 
     void thePointerOnThePillOpensTheCardAndLeavingClosesIt_data() {
         QTest::addColumn<QString>("workspace");
-        QTest::newRow("over a native window") << "1";
-        QTest::newRow("over an empty workspace") << "2";
+        QTest::addColumn<QPoint>("leaveTo");
+        QTest::newRow("over a native window") << "1" << QPoint(100, 500);
+        QTest::newRow("onto the native window's title bar") << "1" << QPoint(300, 10);
+        QTest::newRow("over an empty workspace") << "2" << QPoint(100, 500);
     }
     void thePointerOnThePillOpensTheCardAndLeavingClosesIt() {
         QFETCH(QString, workspace);
+        QFETCH(QPoint, leaveTo);
         sway({"workspace", workspace});
         m_pointer->moveTo(pill(0));
         QTRY_VERIFY_WITH_TIMEOUT(expanded(), 3000);
         QTest::qWait(1000); // the window grows under the still pointer: no leave is heard
         QVERIFY(expanded());
-        m_pointer->moveTo({100, 500});
+        m_pointer->moveTo(leaveTo);
         QTRY_VERIFY_WITH_TIMEOUT(!expanded(), 3000);
     }
 
