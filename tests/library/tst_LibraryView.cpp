@@ -181,6 +181,16 @@ private Q_SLOTS:
         QCOMPARE(m_plays, QList<QString>());
     }
 
+    void theFilterFieldGivesTheKeyboardBackOnReturn() {
+        QQuickItem* field = find(QStringLiteral("filterField"));
+        QVERIFY(field && field->isVisible());
+        click(field);
+        QTRY_VERIFY(m_host->window()->isActive());
+        xdo({QStringLiteral("key"), QStringLiteral("Return")});
+        QTRY_VERIFY(!m_host->window()->isActive());
+        QVERIFY(m_host->libraryOpen());
+    }
+
     void aPinDraggedOutOfTheSidebarIsRemoved() {
         SpotifyBrowser& browser = SpotifyBrowser::shared();
         browser.selectTab(QStringLiteral("Playlists"));

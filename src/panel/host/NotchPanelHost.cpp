@@ -10,6 +10,7 @@
 #include <QQmlEngine>
 #include <QQuickItem>
 #include <QQuickView>
+#include <QScopedValueRollback>
 
 Q_LOGGING_CATEGORY(lcPanelHost, "mirl.panel.host")
 
@@ -139,6 +140,15 @@ bool NotchPanelHost::show() {
     m_panel->editableTextAt = [this](QPointF p) {
         return editableTextAt(m_view->contentItem(), p);
     };
+    // The panel holds the keyboard only while a text field is in use: once the field is done
+    // (Return, Esc, focus moved on), the keyboard goes back to where it was.
+    connect(m_view.get(), &QQuickWindow::activeFocusItemChanged, this, [this] {
+        // Resigning clears the focused item, which lands here again: once is enough.
+        if (m_resigning || !m_view->isActive() || isEditableText(m_view->activeFocusItem()))
+            return;
+        const QScopedValueRollback resigning(m_resigning, true);
+        m_panel->resignKey();
+    });
     if (m_backend == PanelBackend::xwayland) {
         m_windowPointer.attach(m_view.get());
         m_panel->setWatchesHover(true);
@@ -158,18 +168,30 @@ void NotchPanelHost::setContextMenu(std::function<bool(QPoint)> menu) {
 bool NotchPanelHost::editableTextAt(QQuickItem* content, QPointF point) {
     if (!content)
         return false;
-    // Down to the frontmost item under the point, then up again to the first text of any kind.
-    QQuickItem* item = content;
-    QPointF local = content->mapFromScene(point);
-    while (QQuickItem* child = item->childAt(local.x(), local.y())) {
-        local = item->mapToItem(child, local);
-        item = child;
-    }
-    for (; item && item != content; item = item->parentItem()) {
-        if (item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit"))
-            return !item->property("readOnly").toBool();
-    }
-    return false;
+    // The frontmost text of any kind under the point decides. Every visible branch is searched,
+    // not only the frontmost item's: a list or hover area reaching under a field must not hide
+    // it.
+    const std::function<int(QQuickItem*)> textAt = [&](QQuickItem* item) {
+        const auto children = item->childItems();
+        for (auto child = children.crbegin(); child != children.crend(); ++child) {
+            if (!(*child)->isVisible())
+                continue;
+            if (const int found = textAt(*child); found >= 0)
+                return found;
+        }
+        if (isTextItem(item) && item->contains(item->mapFromScene(point)))
+            return int(isEditableText(item));
+        return -1;
+    };
+    return textAt(content) == 1;
+}
+
+bool NotchPanelHost::isTextItem(const QQuickItem* item) {
+    return item && (item->inherits("QQuickTextInput") || item->inherits("QQuickTextEdit"));
+}
+
+bool NotchPanelHost::isEditableText(const QQuickItem* item) {
+    return isTextItem(item) && !item->property("readOnly").toBool();
 }
 
 void NotchPanelHost::updateArtwork() {

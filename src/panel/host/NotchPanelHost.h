@@ -93,6 +93,9 @@ public:
     // Whether an editable text field lies under a point of the view's content (window
     // coordinates): a text input or text area that is not read-only, or inside one.
     static bool editableTextAt(QQuickItem* content, QPointF point);
+    // A text input or text area, editable or not; and one that is not read-only.
+    static bool isTextItem(const QQuickItem* item);
+    static bool isEditableText(const QQuickItem* item);
 
 Q_SIGNALS:
     void expandedChanged();
@@ -128,6 +131,7 @@ private:
     int m_artworkGeneration = 0;
     QString m_artworkSource;
     std::function<bool(QPoint)> m_contextMenu;
+    bool m_resigning = false;
     QRectF m_drawn;
 };
 
