@@ -177,6 +177,7 @@ void DesktopSession::buildPanel(AppDelegate& app) {
     m_panel = std::make_unique<NotchPanelHost>(app.player(), inputs, outputs);
     // The library's models, for the library view to bind.
     m_panel->setEngineSetup([](QQmlEngine& engine) { useLibraryModule(engine); });
+    m_panel->setLibraryView(libraryViewSource());
     NotchPanelController* controller = &m_panel->controller();
     connect(&theme, &Theme::positionIDChanged, controller,
             &NotchPanelController::themeGeometryChanged);

@@ -20,8 +20,14 @@ AudioEQ::AudioEQ(Preferences& prefs, VizConfig& vizConfig, Clock& clock, const E
     , m_lastProcess(clock.now())
     , m_lastStereoTime(clock.now())
     , m_captureGeneration(QUuid::createUuid())
-    , m_levelsOut(this, [this](const LevelsFrame& f) { deliverLevels(f); })
-    , m_stereoOut(this, [this](const StereoFrame& f) { deliverStereo(f); })
+    , m_levelsOut([this](const LevelsFrame& f) { deliverLevels(f); })
+    , m_stereoOut([this](const StereoFrame& f) { deliverStereo(f); })
+    // The curve first: its readers sample it when the levels arrive.
+    , m_wake(this,
+             [this] {
+                 m_stereoOut.take();
+                 m_levelsOut.take();
+             })
     , m_ensureTimer(
           clock, [this] { refresh(); }, this)
     , m_stopGrace(

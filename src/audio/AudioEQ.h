@@ -67,6 +67,9 @@ public:
 
     SerialQueue& sampleQueue() { return m_sampleQueue; }
     const EQTuning& tuning() const;
+    // Whether anything on screen reads the stereo curve; without a reader its two transforms
+    // are not run. Any thread.
+    void setStereoWanted(bool wanted) { m_stereoWanted.store(wanted, std::memory_order_relaxed); }
 
     // ---- GUI thread -------------------------------------------------------------------------
 
@@ -182,6 +185,8 @@ private:
     void feed(const float* left, const float* right, std::size_t frames, float gain);
     void monoFrameReady();
     void stereoFrameReady();
+    // Wakes the GUI thread once for whatever the block published.
+    void wakeIfDue();
     void analyze(double dt);
     void analyzeStereo(double now);
     // The tap's rate, or 48 kHz without a tap format (or with a rate that means nothing).
@@ -211,6 +216,7 @@ private:
     std::optional<TapFormat> m_tapASBD;
     LoudnessMatcher m_loudness;
     std::atomic<bool> m_matchLoudness{true};
+    std::atomic<bool> m_stereoWanted{true};
     Spectrum m_analyzer{fftSize};
     Spectrum m_stereoL{fftSize};
     Spectrum m_stereoR{fftSize};
@@ -251,6 +257,9 @@ private:
     double m_lastSignalAt = Clock::distantPast;
     MainThreadHandoff<LevelsFrame> m_levelsOut;
     MainThreadHandoff<StereoFrame> m_stereoOut;
+    // One wake-up per block that published anything, whichever of the two it made.
+    MainThreadWake m_wake;
+    bool m_wakeDue = false; // sample queue: something was published in this block
 
     // Capture supervision, GUI side.
     CaptureBackend* m_backend = nullptr;

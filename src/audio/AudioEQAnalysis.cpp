@@ -5,6 +5,8 @@
 #include "core/Environment.h"
 #include "visualizers/VizConfig.h"
 
+#include <QScopeGuard>
+
 #include <algorithm>
 #include <bit>
 #include <cmath>
@@ -215,6 +217,7 @@ void AudioEQ::processBlock(const float* samples, std::size_t frames, const TapFo
 }
 
 void AudioEQ::processBlock(std::span<const AudioBuffer> buffers) {
+    const auto wakeAfter = qScopeGuard([this] { wakeIfDue(); });
     if (!m_tapASBD || m_tapASBD->channelsPerFrame == 0)
         return;
     const TapFormat format = *m_tapASBD;
@@ -304,6 +307,14 @@ void AudioEQ::feed(const float* left, const float* right, std::size_t frames, fl
 void AudioEQ::processMono(const float* samples, std::size_t count) {
     m_buf.append(samples, count);
     monoFrameReady();
+    wakeIfDue();
+}
+
+void AudioEQ::wakeIfDue() {
+    if (!m_wakeDue)
+        return;
+    m_wakeDue = false;
+    m_wake.wake();
 }
 
 void AudioEQ::monoFrameReady() {
@@ -378,7 +389,7 @@ void AudioEQ::analyze(double dt) {
     out.generation = m_captureGeneration;
     out.hasSignal = hasSignal;
     out.levels = m_levels;
-    m_levelsOut.publish();
+    m_wakeDue |= m_levelsOut.publish();
 }
 
 AudioEQ::BandMap AudioEQ::BandMap::build(int bins, int bands, double sampleRate, double tilt) {
@@ -466,10 +477,11 @@ void AudioEQ::processStereo(const float* left, const float* right, std::size_t c
     m_bufL.append(left, count);
     m_bufR.append(right, count);
     stereoFrameReady();
+    wakeIfDue();
 }
 
 void AudioEQ::stereoFrameReady() {
-    if (!m_bufL.isFull() || !m_bufR.isFull())
+    if (!m_bufL.isFull() || !m_bufR.isFull() || !m_stereoWanted.load(std::memory_order_relaxed))
         return;
     // The limit sits before the transforms: two of them are the costliest step here.
     const double now = m_clock.now();
@@ -567,7 +579,7 @@ void AudioEQ::analyzeStereo(double now) {
     StereoFrame& out = m_stereoOut.back();
     out.generation = m_captureGeneration;
     out.curve = m_smoothedStereo;
-    m_stereoOut.publish();
+    m_wakeDue |= m_stereoOut.publish();
 }
 
 // ---- capture epochs -------------------------------------------------------------------------

@@ -13,50 +13,31 @@
 namespace MirlPlayer {
 
 // Carries the newest value of T from one producer thread to the GUI thread without allocating
-// or blocking on the producer's side. The producer fills a preallocated slot, publishes it with
-// one atomic exchange (a triple buffer) and wakes the GUI thread through an eventfd; the GUI
-// thread, woken by a socket notifier, takes the newest slot. A value that a newer
-// one overtook before the GUI thread ran is skipped: only the newest matters to a display. Delivery
-// runs in the context of `owner`, so nothing arrives once the owner is gone.
+// or blocking on the producer's side: the producer fills a preallocated slot and publishes it
+// with one atomic exchange (a triple buffer); the GUI thread takes the newest slot when a
+// MainThreadWake calls it. A value that a newer one overtook before the GUI thread ran is
+// skipped: only the newest matters to a display.
 template <typename T> class MainThreadHandoff {
 public:
-    MainThreadHandoff(QObject* owner, std::function<void(const T&)> deliver)
-        : m_deliver(std::move(deliver))
-        , m_fd(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
-        if (m_fd < 0)
-            qFatal("MainThreadHandoff: eventfd failed");
-        // The notifier lives on the owner's thread, which is where values are delivered.
-        m_notifier = std::make_unique<QSocketNotifier>(m_fd, QSocketNotifier::Read);
-        m_notifier->moveToThread(owner->thread());
-        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, owner, [this] { take(); });
-    }
-    ~MainThreadHandoff() {
-        m_notifier.reset();
-        ::close(m_fd);
-    }
+    explicit MainThreadHandoff(std::function<void(const T&)> deliver)
+        : m_deliver(std::move(deliver)) {}
     MainThreadHandoff(const MainThreadHandoff&) = delete;
     MainThreadHandoff& operator=(const MainThreadHandoff&) = delete;
 
     // Producer: the slot to fill before publish().
     T& back() { return m_slots[m_back]; }
 
-    // Producer: hands the filled slot over and wakes the GUI thread, unless a value it has not
-    // taken yet is waiting: then a wake-up is already pending, and it will find this newer one.
-    void publish() {
+    // Producer: hands the filled slot over. Returns whether the GUI thread has taken the one
+    // before, so that a wake-up is needed; otherwise one is pending and finds this newer value.
+    bool publish() {
         const int previous = m_middle.exchange(m_back | fresh, std::memory_order_acq_rel);
         m_back = previous & indexMask;
-        if (previous & fresh)
-            return;
-        const quint64 one = 1;
-        [[maybe_unused]] const auto written = ::write(m_fd, &one, sizeof one);
+        return !(previous & fresh);
     }
 
     // GUI thread: delivers the newest value if one arrived since the last take. Returns whether
-    // it delivered. The wake-up is drained before the slot is looked at, so that a value
-    // published meanwhile is either taken now or wakes the thread again.
+    // it delivered.
     bool take() {
-        quint64 count = 0;
-        [[maybe_unused]] const auto read = ::read(m_fd, &count, sizeof count);
         if (!(m_middle.load(std::memory_order_acquire) & fresh))
             return false;
         m_front = m_middle.exchange(m_front, std::memory_order_acq_rel) & indexMask;
@@ -73,6 +54,51 @@ private:
     int m_back = 0;               // producer's
     std::atomic<int> m_middle{1}; // shared: index, plus `fresh` when unread
     int m_front = 2;              // consumer's
+};
+
+// Wakes the GUI thread from a producer thread through an eventfd, at most once until the GUI
+// thread has run: the producer publishes everything a block yields and then wakes once, so
+// values made together cost one wake-up. `onWake` runs in the context of `owner`, so nothing
+// arrives once the owner is gone.
+class MainThreadWake {
+public:
+    MainThreadWake(QObject* owner, std::function<void()> onWake)
+        : m_onWake(std::move(onWake))
+        , m_fd(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
+        if (m_fd < 0)
+            qFatal("MainThreadWake: eventfd failed");
+        // The notifier lives on the owner's thread, which is where values are delivered.
+        m_notifier = std::make_unique<QSocketNotifier>(m_fd, QSocketNotifier::Read);
+        m_notifier->moveToThread(owner->thread());
+        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, owner, [this] { run(); });
+    }
+    ~MainThreadWake() {
+        m_notifier.reset();
+        ::close(m_fd);
+    }
+    MainThreadWake(const MainThreadWake&) = delete;
+    MainThreadWake& operator=(const MainThreadWake&) = delete;
+
+    // Producer.
+    void wake() {
+        if (m_pending.exchange(true, std::memory_order_acq_rel))
+            return;
+        const quint64 one = 1;
+        [[maybe_unused]] const auto written = ::write(m_fd, &one, sizeof one);
+    }
+
+    // GUI thread. The wake-up is drained and cleared before the values are looked at, so that
+    // a value published meanwhile is either taken now or wakes the thread again.
+    void run() {
+        quint64 count = 0;
+        [[maybe_unused]] const auto read = ::read(m_fd, &count, sizeof count);
+        m_pending.store(false, std::memory_order_release);
+        m_onWake();
+    }
+
+private:
+    std::function<void()> m_onWake;
+    std::atomic<bool> m_pending{false};
     int m_fd;
     std::unique_ptr<QSocketNotifier> m_notifier;
 };

@@ -2,6 +2,7 @@
 
 #include <QtGlobal>
 #include <array>
+#include <functional>
 
 namespace MirlPlayer {
 
@@ -17,9 +18,18 @@ public:
     quint64 generation() const { return m_generation; }
     void update(const Curve& curve);
 
+    // The views that read the curve count themselves in while they are on screen, so that the
+    // analysis runs only while somebody reads it. `onReadersChanged` hears when the first comes
+    // and the last goes.
+    void addReader();
+    void removeReader();
+    bool hasReaders() const { return m_readers > 0; }
+    std::function<void(bool)> onReadersChanged;
+
 private:
     Curve m_curve{};
     quint64 m_generation = 0;
+    int m_readers = 0;
 };
 
 } // namespace MirlPlayer

@@ -2,6 +2,7 @@
 
 #include "library/CoverCache.h"
 #include "library/CoverImageProvider.h"
+#include "playback/SpotifyQueue.h"
 
 #include <QQmlEngine>
 
@@ -12,6 +13,7 @@ namespace MirlPlayer {
 void useLibraryModule(QQmlEngine& engine) {
     static const bool registered = [] {
         qml_register_types_MirlPlayer_Library();
+        SpotifyQueue::registerForQml(); // the view's queue buttons and page
         return true;
     }();
     Q_UNUSED(registered);

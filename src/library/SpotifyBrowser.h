@@ -152,6 +152,8 @@ public:
     Q_INVOKABLE void removeShortcutID(const QString& id);
     void recordRecent(const SpotifyItem& item);
     Q_INVOKABLE void clearRecents();
+    // The cross of a recent search, by its row on the search page.
+    Q_INVOKABLE void removeRecentRow(int row);
 
 Q_SIGNALS:
     void tabChanged();
@@ -181,6 +183,7 @@ private:
     void newRequest();
     void publishVisible();
     void saveShortcuts();
+    void saveRecents();
     bool connected() const;
     double wallNow() const;
 

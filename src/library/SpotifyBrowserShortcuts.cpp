@@ -48,15 +48,23 @@ void SpotifyBrowser::saveShortcuts() {
 
 void SpotifyBrowser::recordRecent(const SpotifyItem& item) {
     LibraryShortcuts::record(m_recents, item);
-    m_defaults.setValue(LibraryShortcuts::historyKey,
-                        QString::fromUtf8(LibraryShortcuts::encodeHistory(m_recents)));
-    m_recentsModel.setItems(m_recents);
-    if (isSearchHome())
-        publishVisible();
+    saveRecents();
 }
 
 void SpotifyBrowser::clearRecents() {
     m_recents.clear();
+    saveRecents();
+}
+
+void SpotifyBrowser::removeRecentRow(int row) {
+    if (!isSearchHome() || row < 0 || row >= m_list.count())
+        return;
+    const QString id = m_list.at(row).id;
+    m_recents.removeIf([&](const SpotifyItem& item) { return item.id == id; });
+    saveRecents();
+}
+
+void SpotifyBrowser::saveRecents() {
     m_defaults.setValue(LibraryShortcuts::historyKey,
                         QString::fromUtf8(LibraryShortcuts::encodeHistory(m_recents)));
     m_recentsModel.setItems(m_recents);

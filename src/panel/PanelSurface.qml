@@ -67,12 +67,26 @@ Item {
 
         // The library's place below its header bar, unpadded: the library view stands here.
         ContentFade {
+            id: libraryContent
             objectName: "libraryContent"
             y: 84
             width: surface.width
             height: Math.max(0, surface.height - 84)
             shown: root.libraryOpen
             theme: root.theme
+            // Built while the library shows (or fades out) and let go afterwards: its lists keep
+            // their places in the browser, not here.
+            Loader {
+                anchors.fill: parent
+                active: (root.libraryOpen || libraryContent.visible)
+                        && root.panel.libraryView !== undefined && root.panel.libraryView != ""
+                source: active ? root.panel.libraryView : ""
+                onLoaded: {
+                    item.player = root.player
+                    item.panel = root.panel
+                    item.forceActiveFocus()
+                }
+            }
         }
 
         // The open card, or the library's header bar: one set of pieces in their glide slots.

@@ -7,9 +7,7 @@
 #include "visualizers/VizConfig.h"
 
 #include <QPainter>
-#include <QPainterPath>
 #include <QQuickWindow>
-#include <QRadialGradient>
 
 namespace MirlPlayer {
 
@@ -103,31 +101,9 @@ void ReflectionView::paint(QPainter* painter) {
                                       ? glassReflection(mags, w, h, s, colourAt)
                                       : edgeReflection(mags, w, h, s, colourAt);
 
-    painter->setRenderHint(QPainter::Antialiasing);
-    QPainterPath clip;
-    clip.addRoundedRect(QRectF(0, 0, w, h), m_cornerRadius, m_cornerRadius);
-    painter->setClipPath(clip);
-    painter->setCompositionMode(QPainter::CompositionMode_Plus);
-    painter->setPen(Qt::NoPen);
-    auto stops = [](const LightBlob& blob) {
-        QGradientStops out;
-        const std::vector<double> alphas = blobStops(blob.alpha);
-        for (size_t k = 0; k < alphas.size(); ++k)
-            out.append({double(k) / 12.0, toColor(blob.colour, alphas[k])});
-        return out;
-    };
-    for (const LightBlob& blob : frame.blobs) {
-        QRadialGradient g(blob.centre, blob.radius);
-        g.setStops(stops(blob));
-        painter->setBrush(g);
-        painter->drawEllipse(blob.centre, blob.radius, blob.radius);
-    }
-    if (frame.wash) {
-        QLinearGradient g(0, 0, 0, frame.wash->radius);
-        g.setStops(stops(*frame.wash));
-        painter->setBrush(g);
-        painter->drawRect(QRectF(0, 0, w, frame.wash->radius));
-    }
+    // The texture is smaller than the layer: the painter scales, and the image is drawn 1:1.
+    const QImage& image = m_raster.draw(frame, textureSize(), QSizeF(w, h), m_cornerRadius);
+    painter->drawImage(QRectF(0, 0, w, h), image);
 }
 
 } // namespace MirlPlayer

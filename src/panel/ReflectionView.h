@@ -3,6 +3,7 @@
 #include "audio/LevelsStore.h"
 #include "core/Clock.h"
 #include "look/ReflectionEnvelope.h"
+#include "look/ReflectionRaster.h"
 #include "look/Theme.h"
 #include "visualizers/VizConfig.h"
 
@@ -14,8 +15,9 @@ namespace MirlPlayer {
 // The music's light in the frosted glass: soft blobs of additive light from the band levels,
 // along the bottom edge ("glass") or around the rim ("edge"). Redraws on every publish of the
 // levels and on nothing else; the envelope it owns lives as long as this layer is on screen.
-// Takes no mouse events. Soft light has no edge to lose: it is painted at half the resolution in
-// each direction, a quarter of the pixels to paint and to upload, and looks the same scaled up.
+// Takes no mouse events. Soft light has no edge to lose: it is rasterised (ReflectionRaster) at
+// half the resolution in each direction, a quarter of the pixels to fill and to upload, and
+// looks the same scaled up.
 class ReflectionView : public QQuickPaintedItem {
     Q_OBJECT
     Q_PROPERTY(QString kind READ kind WRITE setKind NOTIFY kindChanged)
@@ -66,6 +68,7 @@ private:
     bool m_libraryOpen = false;
     double m_cornerRadius = 0;
     ReflectionEnvelope m_envelope;
+    ReflectionRaster m_raster;
     Clock& m_clock = Clock::system();
 };
 

@@ -23,6 +23,11 @@ AudioEngineWiring::AudioEngineWiring(PlayerState& state, Theme& theme,
     , m_debounce(
           debounceInterval, [this] { sink(); }, clock, this) {}
 
+AudioEngineWiring::~AudioEngineWiring() {
+    if (m_started)
+        m_state.stereoStore()->onReadersChanged = nullptr;
+}
+
 void AudioEngineWiring::start() {
     if (m_started)
         return;
@@ -33,6 +38,10 @@ void AudioEngineWiring::start() {
     m_engine.onStereo = [this](const std::array<float, 96>& curve) {
         m_state.stereoStore()->update(curve);
     };
+    // The stereo analysis runs only while a view on screen reads the curve.
+    StereoStore* stereo = m_state.stereoStore();
+    stereo->onReadersChanged = [this](bool any) { m_engine.setStereoWanted(any); };
+    m_engine.setStereoWanted(stereo->hasReaders());
     m_engine.onStatus = [this](const QString& text, bool isError) {
         m_settings.setStatus(text, isError);
     };

@@ -38,6 +38,7 @@ public:
 
     AudioEngineWiring(PlayerState& state, Theme& theme, AudioCaptureSettings& settings,
                       AudioEQ& engine, Clock& clock = Clock::system(), QObject* parent = nullptr);
+    ~AudioEngineWiring() override;
 
     // Sets the engine's callbacks, starts it and begins following the inputs. Once.
     void start();

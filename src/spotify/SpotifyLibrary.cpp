@@ -1,4 +1,5 @@
 #include "spotify/SpotifyLibrary.h"
+#include "spotify/SpotifyServiceOverride.h"
 
 #include "core/Clock.h"
 #include "core/FocusLog.h"
@@ -69,6 +70,12 @@ SpotifyLibrary& SpotifyLibrary::shared() {
     static SpotifyLibrary* library = [] {
         auto* made = new SpotifyLibrary(Preferences::shared(), Clock::system());
         made->setLogSink([](const QString& line) { FocusLog::shared().logLine(line); });
+        const auto standIn = endpointsFromEnvironment([](const QString& line) {
+            qWarning().noquote() << line;
+            FocusLog::shared().logLine(line);
+        });
+        if (standIn)
+            made->setEndpoints(*standIn);
         return made;
     }();
     return *library;

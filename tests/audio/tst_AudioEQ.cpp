@@ -147,6 +147,15 @@ private Q_SLOTS:
         QVERIFY(rig.levels.last()[68] > 0.5);
     }
 
+    void withoutAStereoReaderOnlyTheLevelsAreMade() {
+        Rig rig;
+        rig.eq->setStereoWanted(false);
+        rig.clock.set(0.1);
+        rig.pushAndTake(sine(1000, 0.1, 2048));
+        QCOMPARE(rig.levels.size(), 1);
+        QCOMPARE(rig.curves.size(), 0);
+    }
+
     void emissionIsStrictlyLimitedToThirtyPerSecond() {
         Rig rig;
         const auto block = sine(1000, 0.1, 2048);

@@ -15,6 +15,7 @@
 
 #include <QObject>
 #include <QRectF>
+#include <QUrl>
 #include <functional>
 #include <memory>
 
@@ -43,6 +44,8 @@ class NotchPanelHost : public QObject {
     Q_PROPERTY(MirlPlayer::NotchLayout* layout READ layout CONSTANT)
     // The shape moves with the panel's springs already; the view adds no easing of its own.
     Q_PROPERTY(bool animatesShape READ animatesShape CONSTANT)
+    // The view the open library shows below its header bar; none leaves the place empty.
+    Q_PROPERTY(QUrl libraryView READ libraryView CONSTANT)
 public:
     NotchPanelHost(PlayerState& player, NotchPanelController::Inputs inputs,
                    NotchPanelController::Outputs outputs, Theme& theme = Theme::shared(),
@@ -56,6 +59,9 @@ public:
     void setEngineSetup(std::function<void(QQmlEngine&)> setup) {
         m_engineSetup = std::move(setup);
     }
+    // Before `show`: the library view's QML, from a module the engine setup made known.
+    void setLibraryView(const QUrl& view) { m_libraryView = view; }
+    QUrl libraryView() const { return m_libraryView; }
     QQuickView* window() const { return m_view.get(); }
     NotchPanelController& controller() { return *m_controller; }
     X11NotchPanel* panel() const { return m_panel.get(); }
@@ -115,6 +121,7 @@ private:
     std::unique_ptr<PillMotion> m_motion;
     std::unique_ptr<QQuickView> m_view;
     std::function<void(QQmlEngine&)> m_engineSetup;
+    QUrl m_libraryView;
     std::unique_ptr<X11NotchPanel> m_panel;
     X11BlurBehind m_blur;
     ArtworkImageProvider* m_artwork = nullptr; // owned by the view's engine

@@ -15,6 +15,11 @@ GpuSpectrumView::GpuSpectrumView(QQuickItem* parent)
     setFlag(ItemHasContents, true);
 }
 
+GpuSpectrumView::~GpuSpectrumView() {
+    if (m_readingStereo)
+        m_readingStereo->removeReader();
+}
+
 void GpuSpectrumView::setSource(SpectrumSource* source) {
     if (m_source == source)
         return;
@@ -22,7 +27,7 @@ void GpuSpectrumView::setSource(SpectrumSource* source) {
         disconnect(c);
     m_connections.clear();
     m_source = source;
-    if (source)
+    if (source) {
         m_connections = source->follow(
             this,
             [this] {
@@ -31,8 +36,24 @@ void GpuSpectrumView::setSource(SpectrumSource* source) {
                 update();
             },
             [this] { update(); });
+        m_connections.append(connect(source, &SpectrumSource::inputsChanged, this,
+                                     &GpuSpectrumView::updateStereoReading));
+    }
+    updateStereoReading();
     update();
     Q_EMIT sourceChanged();
+}
+
+void GpuSpectrumView::updateStereoReading() {
+    StereoStore* store =
+        readsStereo() && m_source && m_source->levelsStore() ? m_source->stereoStore() : nullptr;
+    if (store == m_readingStereo)
+        return;
+    if (m_readingStereo)
+        m_readingStereo->removeReader();
+    m_readingStereo = store;
+    if (store)
+        store->addReader();
 }
 
 void GpuSpectrumView::geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) {

@@ -19,6 +19,7 @@ class GpuSpectrumView : public QQuickItem {
     Q_PROPERTY(MirlPlayer::SpectrumSource* source READ source WRITE setSource NOTIFY sourceChanged)
 public:
     explicit GpuSpectrumView(QQuickItem* parent = nullptr);
+    ~GpuSpectrumView() override;
 
     SpectrumSource* source() const { return m_source; }
     void setSource(SpectrumSource* source);
@@ -29,6 +30,9 @@ Q_SIGNALS:
     void sourceChanged();
 
 protected:
+    // Whether the style draws the stereo curve: it then counts itself among the curve's
+    // readers while its source publishes levels (while it is on screen).
+    virtual bool readsStereo() const { return false; }
     // One publication: take in the new data.
     virtual void advance() = 0;
     virtual GLSpectrumNode* createNode() = 0;
@@ -39,7 +43,10 @@ protected:
     void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
 
 private:
+    void updateStereoReading();
+
     QPointer<SpectrumSource> m_source;
+    StereoStore* m_readingStereo = nullptr;
     QList<QMetaObject::Connection> m_connections;
     bool m_moved = true;
 };

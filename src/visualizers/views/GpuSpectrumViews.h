@@ -30,6 +30,7 @@ public:
     const SpectrumHistory& history() const override { return m_history; }
 
 protected:
+    bool readsStereo() const override { return true; }
     void advance() override;
     GLSpectrumNode* createNode() override;
     void sync(GLSpectrumNode& node, bool moved) override;
@@ -47,6 +48,7 @@ public:
     const SpectrumHistory& history() const override { return m_history; }
 
 protected:
+    bool readsStereo() const override { return true; }
     void advance() override;
     GLSpectrumNode* createNode() override;
     void sync(GLSpectrumNode& node, bool moved) override;
