@@ -8,6 +8,7 @@
 #include "core/Preferences.h"
 #include "library/LibraryModule.h"
 #include "library/SpotifyMemory.h"
+#include "look/ReduceTransparency.h"
 #include "look/Theme.h"
 #include "panel/host/NotchPanelHost.h"
 #include "playback/MusicController.h"
@@ -32,12 +33,20 @@ DesktopSession::DesktopSession()
     // clock itself moves only while a view shows it.
     , m_busService(&m_delegate.player(), &m_delegate.player())
     , m_audio(m_bridge)
-    , m_statusVisibility(QDBusConnection::sessionBus()) {
+    , m_statusVisibility(QDBusConnection::sessionBus())
+    , m_contrast(QDBusConnection::sessionBus()) {
     PlayerState& player = m_delegate.player();
+    // The panel and the settings draw solid surfaces while the desktop (or, on a desktop without
+    // such a setting, the program's own switch) asks for reduced transparency.
+    connect(&m_contrast, &DesktopContrast::changed, this,
+            [this] { ReduceTransparency::shared().setDesktopSetting(m_contrast.highContrast()); });
+    ReduceTransparency::shared();
     m_busService.setAudioSources(&AudioCaptureSettings::shared(), player.eqStore());
     m_busService.registerOn(QDBusConnection::sessionBus());
     connect(&m_busService, &MirlBusService::reopenRequested, &m_delegate,
             &AppDelegate::applicationShouldHandleReopen);
+    connect(&m_busService, &MirlBusService::openSettingsRequested, &m_delegate,
+            [this](const QString& page) { m_delegate.openSettings(page); });
     // Songs chosen in the program start for real, and Spotify's window is kept back meanwhile.
     m_playRequests =
         std::make_unique<SpotifyPlayRequest>(player, SpotifyLibrary::shared(), m_workspace);

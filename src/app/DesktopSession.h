@@ -3,6 +3,7 @@
 #include "app/AppDelegate.h"
 #include "app/AudioEngineHost.h"
 #include "app/StatusItem.h"
+#include "platform/linux/desktop/DesktopContrast.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 #include "platform/linux/service/MirlBusService.h"
 #include "platform/linux/x11/X11Workspace.h"
@@ -51,6 +52,7 @@ private:
     AudioEngineHost m_audio;
     std::unique_ptr<SpotifyPlayRequest> m_playRequests;
     StatusItemVisibility m_statusVisibility;
+    DesktopContrast m_contrast; // the desktop's word on reduced transparency
     std::unique_ptr<StatusItem> m_statusItem;
     std::unique_ptr<NotchPanelHost> m_panel;
     std::unique_ptr<SettingsWindow> m_settings; // built at first use, then kept

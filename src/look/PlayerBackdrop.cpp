@@ -17,7 +17,7 @@ void PlayerBackdrop::setTheme(Theme* theme) {
         disconnect(m_theme, nullptr, this, nullptr);
     m_theme = theme;
     if (theme) {
-        for (auto signal : {&Theme::backgroundStyleIDChanged, &Theme::frostedGlassOpacityChanged,
+        for (auto signal : {&Theme::effectiveBackgroundChanged, &Theme::frostedGlassOpacityChanged,
                             &Theme::liquidGlassOpacityChanged, &Theme::showVisualizerChanged,
                             &Theme::glassReflectionChanged, &Theme::edgeReflectionChanged})
             connect(theme, signal, this, &PlayerBackdrop::changed);
@@ -62,9 +62,10 @@ double PlayerBackdrop::liquidStrength(double d) {
 }
 
 PlayerBackground PlayerBackdrop::current() const {
-    return m_theme
-               ? effectiveForm(m_theme->backgroundStyleID(), m_reduceTransparency, m_glassAvailable)
-               : PlayerBackground::solid;
+    return m_theme ? effectiveForm(m_theme->backgroundStyleID(),
+                                   m_reduceTransparency || m_theme->reduceTransparency(),
+                                   m_glassAvailable)
+                   : PlayerBackground::solid;
 }
 
 QString PlayerBackdrop::form() const {
@@ -77,6 +78,24 @@ double PlayerBackdrop::frostAlpha() const {
 
 double PlayerBackdrop::veilOpacity() const {
     return m_theme ? std::pow(m_theme->frostedDensity(), 2.2) * 0.92 : 1;
+}
+
+QColor PlayerBackdrop::frostAndVeil() const {
+    return stacked(frostColor(), frostAlpha(), Qt::black, veilOpacity());
+}
+
+QColor PlayerBackdrop::stacked(const QColor& under, double underOpacity, const QColor& over,
+                               double overOpacity) {
+    const double a1 = std::clamp(under.alphaF() * underOpacity, 0.0, 1.0);
+    const double a2 = std::clamp(over.alphaF() * overOpacity, 0.0, 1.0);
+    const double a = 1 - (1 - a1) * (1 - a2);
+    if (a <= 0)
+        return Qt::transparent;
+    // Premultiplied: the lower layer shows through the upper by (1 - a2).
+    const auto mix = [&](double c1, double c2) { return (c1 * a1 * (1 - a2) + c2 * a2) / a; };
+    return QColor::fromRgbF(float(mix(under.redF(), over.redF())),
+                            float(mix(under.greenF(), over.greenF())),
+                            float(mix(under.blueF(), over.blueF())), float(a));
 }
 
 double PlayerBackdrop::reflectionOpacity() const {

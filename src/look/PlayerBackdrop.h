@@ -13,7 +13,7 @@ namespace MirlPlayer {
 // The material behind the pill, the card and the library, as the view draws it: which form, the
 // opacities of its layers and which music light lies in the glass. Every number comes from the
 // Theme; the view only binds. Without a glass material on this platform `liquid` is drawn as
-// `frosted`; with reduced transparency everything is `solid`.
+// `frosted`; with reduced transparency (its own flag, or the Theme's) everything is `solid`.
 class PlayerBackdrop : public QObject {
     Q_OBJECT
     Q_PROPERTY(MirlPlayer::Theme* theme READ theme WRITE setTheme NOTIFY changed)
@@ -28,6 +28,8 @@ class PlayerBackdrop : public QObject {
     // elsewhere it is the translucent fill that stands for it.
     Q_PROPERTY(QColor frostColor READ frostColor CONSTANT)
     Q_PROPERTY(double veilOpacity READ veilOpacity NOTIFY changed)
+    // The frost with the veil over it, as one paint: one pass over the shape's pixels, not two.
+    Q_PROPERTY(QColor frostAndVeil READ frostAndVeil NOTIFY changed)
     Q_PROPERTY(double reflectionOpacity READ reflectionOpacity NOTIFY changed)
     Q_PROPERTY(double sheenOpacity READ sheenOpacity NOTIFY changed)
     Q_PROPERTY(QString reflection READ reflection NOTIFY changed)
@@ -55,6 +57,11 @@ public:
     double frostAlpha() const;
     static QColor frostColor() { return QColor(24, 24, 30, 158); }
     double veilOpacity() const;
+    QColor frostAndVeil() const;
+    // One colour that paints like `under` at `underOpacity` with `over` at `overOpacity` on
+    // top of it, over any background.
+    static QColor stacked(const QColor& under, double underOpacity, const QColor& over,
+                          double overOpacity);
     double reflectionOpacity() const;
     double sheenOpacity() const;
     // "glass" along the bottom with the visualizer, "edge" around the rim without it, else "".

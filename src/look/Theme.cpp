@@ -188,8 +188,16 @@ void Theme::setBackgroundStyleID(const QString& id) {
     m_backgroundStyleID = id;
     m_prefs.setValue(Key::backgroundStyleID, id);
     Q_EMIT backgroundStyleIDChanged();
+    Q_EMIT effectiveBackgroundChanged();
     Q_EMIT currentGlassOpacityChanged();
     updateNeedsAudio();
+}
+
+void Theme::setReduceTransparency(bool on) {
+    if (on == m_reduceTransparency)
+        return;
+    m_reduceTransparency = on;
+    Q_EMIT effectiveBackgroundChanged();
 }
 
 void Theme::setFrostedGlassOpacity(double v) {
@@ -348,7 +356,8 @@ void Theme::updateNeedsAudio() {
 }
 
 QString Theme::effectiveBackgroundID() const {
-    return rawValue(effectiveBackground(m_backgroundStyleID));
+    return m_reduceTransparency ? rawValue(PlayerBackground::solid)
+                                : rawValue(effectiveBackground(m_backgroundStyleID));
 }
 
 double Theme::currentGlassOpacity() const {

@@ -47,7 +47,10 @@ class Theme : public QObject {
     // Derived values.
     Q_PROPERTY(bool needsAudio READ needsAudio NOTIFY needsAudioChanged)
     Q_PROPERTY(
-        QString effectiveBackgroundID READ effectiveBackgroundID NOTIFY backgroundStyleIDChanged)
+        QString effectiveBackgroundID READ effectiveBackgroundID NOTIFY effectiveBackgroundChanged)
+    // The accessibility setting in force (ReduceTransparency tells it): the background is solid
+    // and nothing is softened, while the stored background stays as chosen.
+    Q_PROPERTY(bool reduceTransparency READ reduceTransparency NOTIFY effectiveBackgroundChanged)
     Q_PROPERTY(double currentGlassOpacity READ currentGlassOpacity WRITE setCurrentGlassOpacity
                    NOTIFY currentGlassOpacityChanged)
     Q_PROPERTY(double frostedDensity READ frostedDensity NOTIFY frostedGlassOpacityChanged)
@@ -107,6 +110,8 @@ public:
                               const QString& backgroundStyleID);
     bool needsAudio() const;
     QString effectiveBackgroundID() const;
+    bool reduceTransparency() const { return m_reduceTransparency; }
+    void setReduceTransparency(bool on);
 
     double currentGlassOpacity() const;
     void setCurrentGlassOpacity(double v);
@@ -170,6 +175,7 @@ Q_SIGNALS:
     void glowChanged();
     void customHSBChanged();
     void needsAudioChanged();
+    void effectiveBackgroundChanged();
     void currentGlassOpacityChanged();
     // The skin, the ink or the announced cover colours changed.
     void coloursChanged();
@@ -187,6 +193,7 @@ private:
     void updateNeedsAudio();
 
     Preferences& m_prefs;
+    bool m_reduceTransparency = false;
 
     QString m_backgroundStyleID;
     double m_frostedGlassOpacity = 0.5;

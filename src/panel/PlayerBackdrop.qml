@@ -29,17 +29,11 @@ Item {
         objectName: "frostedBackdrop"
         anchors.fill: parent
         visible: backdrop.form === "frosted"
+        // The frost and the dark veil over it, painted as one.
         Rectangle {
             anchors.fill: parent
             radius: backdrop.cornerRadius
-            color: backdrop.rules.frostColor
-            opacity: backdrop.rules.frostAlpha
-        }
-        Rectangle {
-            anchors.fill: parent
-            radius: backdrop.cornerRadius
-            color: "black"
-            opacity: backdrop.rules.veilOpacity
+            color: backdrop.rules.frostAndVeil
         }
         ReflectionView {
             objectName: "reflection"

@@ -34,13 +34,18 @@ ColumnLayout {
     SettingsSection {
         title: "Player background"
         settingsAnchor: "background"
-        footer: Theme.backgroundStyleID === "solid"
+        footer: transparency.active
+            ? (transparency.desktopDecides
+               ? "High contrast is on in your desktop’s accessibility settings. MIRL PRO uses a solid background until it’s turned off."
+               : "Reduce transparency is on. MIRL PRO uses a solid background until it’s turned off.")
+            : Theme.backgroundStyleID === "solid"
             ? "A plain opaque card. Pick a glass material to let the desktop through."
             : Theme.backgroundStyleID === "liquid"
               ? "Move from clear glass to a smoky tint for easier-to-read controls."
               : "Adjust from light frost to a deeper tint. Glass stays visible at every setting."
         Segmented {
             objectName: "background"
+            enabled: !transparency.active
             choices: Theme.backgroundChoices
             current: Theme.backgroundStyleID
             onChosen: id => Theme.backgroundStyleID = id
@@ -72,6 +77,14 @@ ColumnLayout {
                 color: SettingsStyle.secondaryText
                 font.pixelSize: 11
             }
+        }
+        SettingsToggle {
+            // A desktop with its own setting decides; elsewhere this switch does.
+            visible: !transparency.desktopDecides
+            label: "Reduce transparency"
+            detail: "Use solid surfaces for the player and this window, whatever background is chosen."
+            checked: transparency.ownSetting
+            onToggled: on => transparency.ownSetting = on
         }
     }
 

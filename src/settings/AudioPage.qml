@@ -44,7 +44,7 @@ ColumnLayout {
                 wrapMode: Text.WordWrap
                 color: SettingsStyle.textColour
             }
-            Button {
+            SettingsButton {
                 visible: rowButton.length > 0
                 text: rowButton
                 onClicked: rowButton === "Try Again" ? audioCapture.postRetry()
@@ -72,7 +72,7 @@ ColumnLayout {
         HelpRow {
             heading: "Visualizer not moving?"
             detail: "Play a song, then check that your player plays through PipeWire or PulseAudio. MIRL PRO listens to the player's own sound, never to other apps."
-            Button { text: "Check Connection"; onClicked: audioCapture.postRetry() }
+            SettingsButton { text: "Check Connection"; onClicked: audioCapture.postRetry() }
         }
         HelpRow {
             property string settingsAnchor: "automation"
@@ -83,7 +83,7 @@ ColumnLayout {
             property string settingsAnchor: "setup"
             heading: "Guided setup"
             detail: "Check music and audio permissions step by step."
-            Button { text: "Open Setup Assistant…"; onClicked: settings.showSetupAssistant() }
+            SettingsButton { text: "Open Setup Assistant…"; onClicked: settings.showSetupAssistant() }
         }
     }
 }

@@ -14,12 +14,32 @@ GridLayout {
     rowSpacing: 8
     Repeater {
         model: grid.choices
-        delegate: Button {
+        delegate: AbstractButton {
+            id: choice
             required property var modelData
+            readonly property bool selected: modelData.id === grid.current
             Layout.fillWidth: true
+            Layout.preferredWidth: 1 // equal columns, whatever the titles' lengths
+            implicitHeight: 32
             text: modelData.title !== undefined ? modelData.title : modelData.name
-            highlighted: modelData.id === grid.current
             onClicked: grid.chosen(modelData.id)
+            Accessible.role: Accessible.RadioButton
+            Accessible.name: text
+            Accessible.checked: selected
+            contentItem: Label {
+                text: choice.text
+                horizontalAlignment: Text.AlignHCenter
+                verticalAlignment: Text.AlignVCenter
+                elide: Text.ElideRight
+                color: choice.selected ? "#ffffff" : SettingsStyle.textColour
+            }
+            background: Rectangle {
+                radius: 8
+                color: choice.selected ? SettingsStyle.accentColour
+                                       : choice.hovered ? "#36363d" : "#1f1f23"
+                border.color: choice.selected ? SettingsStyle.accentColour
+                                              : SettingsStyle.separatorColour
+            }
         }
     }
 }

@@ -15,7 +15,7 @@ ColumnLayout {
         Layout.fillWidth: true
         Label { text: field.label; color: SettingsStyle.secondaryText; Layout.preferredWidth: 110 }
         TextField { id: box; Layout.fillWidth: true; readOnly: true; text: field.value }
-        Button {
+        SettingsButton {
             id: copy
             text: copied.running ? "Copied" : "Copy"
             onClicked: { box.selectAll(); box.copy(); box.deselect(); copied.restart() }

@@ -45,7 +45,7 @@ QVariantList SettingsModel::pages() const {
     for (SettingsPage p : SettingsPages::all())
         rows.append(QVariantMap{{QStringLiteral("title"), SettingsPages::title(p)},
                                 {QStringLiteral("subtitle"), SettingsPages::subtitle(p)},
-                                {QStringLiteral("icon"), SettingsPages::iconName(p)}});
+                                {QStringLiteral("symbol"), SettingsPages::symbol(p)}});
     return rows;
 }
 

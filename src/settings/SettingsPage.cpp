@@ -7,17 +7,17 @@ namespace {
 struct PageInfo {
     const char* title;
     const char* subtitle;
-    const char* icon;
+    const char* symbol;
 };
 
 const PageInfo& info(SettingsPage page) {
     static const PageInfo table[] = {
-        {"Appearance", "The player, glass and controls.", "preferences-desktop-theme"},
-        {"Visualizer", "Choose a look. Make it move with your music.", "audio-x-generic"},
-        {"Audio", "Music access and connection status.", "audio-volume-high"},
-        {"Spotify", "Your Spotify account in MIRL PRO.", "view-media-playlist"},
+        {"Appearance", "The player, glass and controls.", "circle.lefthalf.filled"},
+        {"Visualizer", "Choose a look. Make it move with your music.", "waveform"},
+        {"Audio", "Music access and connection status.", "speaker.wave.2.fill"},
+        {"Spotify", "Your Spotify account in MIRL PRO.", "music.note.list"},
         {"Updates & Feedback", "Keep MIRL PRO up to date, report a problem or share an idea.",
-         "view-refresh"},
+         "arrow.triangle.2.circlepath"},
     };
     return table[int(page)];
 }
@@ -39,8 +39,8 @@ QString subtitle(SettingsPage page) {
     return QString::fromUtf8(info(page).subtitle);
 }
 
-QString iconName(SettingsPage page) {
-    return QString::fromUtf8(info(page).icon);
+QString symbol(SettingsPage page) {
+    return QString::fromUtf8(info(page).symbol);
 }
 
 std::optional<SettingsPage> fromTitle(const QString& name) {

@@ -14,8 +14,9 @@ namespace SettingsPages {
 const QList<SettingsPage>& all();
 QString title(SettingsPage page);
 QString subtitle(SettingsPage page);
-// The freedesktop icon name shown beside the title in the sidebar.
-QString iconName(SettingsPage page);
+// The symbol drawn beside the title in the sidebar (SymbolGlyph draws it the same under every
+// icon theme).
+QString symbol(SettingsPage page);
 // The page a title names (as `mirl.openSettings` carries it); nothing for any other string.
 std::optional<SettingsPage> fromTitle(const QString& title);
 

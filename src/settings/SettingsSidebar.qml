@@ -53,8 +53,20 @@ Rectangle {
                 required property int index
                 Layout.fillWidth: true
                 highlighted: index === settings.selection && !settings.searching
-                icon.name: modelData.icon
                 text: modelData.title.replace("&", "&&")
+                leftPadding: 36
+                contentItem: Label {
+                    text: modelData.title
+                    color: parent.highlighted ? "#ffffff" : SettingsStyle.textColour
+                    verticalAlignment: Text.AlignVCenter
+                }
+                SymbolGlyph {
+                    anchors.left: parent.left
+                    anchors.leftMargin: 11
+                    anchors.verticalCenter: parent.verticalCenter
+                    symbol: modelData.symbol
+                    colour: parent.highlighted ? "#ffffff" : SettingsStyle.accentColour
+                }
                 onClicked: { settings.search = ""; settings.selection = index }
                 background: Rectangle {
                     radius: 6

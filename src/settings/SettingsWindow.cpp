@@ -5,6 +5,7 @@
 #include "core/Logging.h"
 #include "core/Preferences.h"
 #include "library/SpotifyMemory.h"
+#include "look/ReduceTransparency.h"
 #include "look/Theme.h"
 #include "settings/LoginItem.h"
 #include "settings/SettingsModel.h"
@@ -53,6 +54,7 @@ void SettingsWindow::build(const QString& page) {
     context->setContextProperty(QStringLiteral("spotify"), &SpotifyLibrary::shared());
     context->setContextProperty(QStringLiteral("spotifyMemory"), &SpotifyMemory::shared());
     context->setContextProperty(QStringLiteral("loginItem"), &LoginItem::shared());
+    context->setContextProperty(QStringLiteral("transparency"), &ReduceTransparency::shared());
     context->setContextProperty(QStringLiteral("account"), m_account.get());
     context->setContextProperty(QStringLiteral("versionText"), m_versionText);
     context->setContextProperty(QStringLiteral("updater"), &Updater::shared());
@@ -71,6 +73,8 @@ void SettingsWindow::build(const QString& page) {
 void SettingsWindow::open(const QString& page) {
     if (!m_window)
         build(page);
+    else
+        m_model->openPage(page); // a page title switches the open window; anything else does not
     if (!m_window)
         return;
     m_window->show();

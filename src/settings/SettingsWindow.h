@@ -13,7 +13,8 @@ class SettingsModel;
 class SpotifyAccountPage;
 
 // The settings window: built at first use on the page asked for, then kept for the life of the
-// process (closing only hides it). Asking again brings it forward on whatever page it shows.
+// process (closing only hides it). Asking again brings it forward; when the request names a page
+// it shows that page, otherwise whatever page it showed.
 class SettingsWindow : public QObject {
     Q_OBJECT
 public:
@@ -21,7 +22,8 @@ public:
     explicit SettingsWindow(QString versionText, QObject* parent = nullptr);
     ~SettingsWindow() override;
 
-    // `page` is a page title; an unknown or empty one opens the first page.
+    // `page` is a page title; an unknown or empty one opens the first page, or leaves an open
+    // window on its page.
     void open(const QString& page = {});
 
     SettingsModel* model() const { return m_model.get(); }

@@ -24,7 +24,7 @@ ColumnLayout {
         number: 1
         heading: "Open the Spotify Developer Dashboard"
         detail: "Sign in with the same Spotify Premium account you use in the Spotify app on this computer. If this is your first visit, read and accept Spotify’s developer terms."
-        Button { text: "Open Dashboard"; onClicked: Qt.openUrlExternally("https://developer.spotify.com/dashboard") }
+        SettingsButton { text: "Open Dashboard"; onClicked: Qt.openUrlExternally("https://developer.spotify.com/dashboard") }
     }
     GuideStep {
         number: 2
@@ -59,7 +59,7 @@ ColumnLayout {
                 placeholderText: "32 letters and numbers"
                 onTextEdited: guide.idError = ""
             }
-            Button { text: "Paste"; onClicked: { idField.clear(); idField.paste() } }
+            SettingsButton { text: "Paste"; onClicked: { idField.clear(); idField.paste() } }
         }
         Label {
             visible: guide.idError.length > 0
@@ -74,7 +74,7 @@ ColumnLayout {
         heading: "Approve MIRL PRO"
         detail: "Click Connect Spotify below. In your browser, check that the correct Spotify account is signed in, review the requested access and click Agree. Keep MIRL running until the browser confirms the connection, then return here and look for the green Connected status."
         RowLayout {
-            Button {
+            SettingsButton {
                 visible: !spotify.connecting && !spotify.connected
                 text: "Connect Spotify"
                 highlighted: true
@@ -86,7 +86,7 @@ ColumnLayout {
                 }
             }
             Label { visible: spotify.connecting; text: "Waiting for your browser…"; color: SettingsStyle.secondaryText }
-            Button { visible: spotify.connecting; text: "Cancel"; onClicked: spotify.endSignInFlow() }
+            SettingsButton { visible: spotify.connecting; text: "Cancel"; onClicked: spotify.endSignInFlow() }
             Label { visible: spotify.connected; text: "Connected"; color: SettingsStyle.goodColour }
         }
         Label {

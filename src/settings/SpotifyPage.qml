@@ -39,13 +39,13 @@ ColumnLayout {
                     font.weight: Font.DemiBold
                     color: SettingsStyle.textColour
                 }
-                Button {
+                SettingsButton {
                     text: account.mainButton
                     highlighted: !account.connected
                     enabled: account.hasClientID || spotify.connecting
                     onClicked: account.mainAction()
                 }
-                Button {
+                SettingsButton {
                     visible: account.connected
                     text: "Disconnect"
                     onClicked: confirm.open()
@@ -77,7 +77,7 @@ ColumnLayout {
                         font.pixelSize: 11
                     }
                 }
-                Button {
+                SettingsButton {
                     visible: account.ownApp
                     text: "Change…"
                     onClicked: page.guideOpen = true
@@ -97,7 +97,7 @@ ColumnLayout {
                     color: SettingsStyle.secondaryText
                     font.pixelSize: 11
                 }
-                Button {
+                SettingsButton {
                     objectName: "showGuide"
                     text: "Show step-by-step setup"
                     highlighted: true
@@ -124,7 +124,7 @@ ColumnLayout {
                         font.pixelSize: 11
                     }
                 }
-                Button { text: "Clear Cache"; onClicked: account.clearCache() }
+                SettingsButton { text: "Clear Cache"; onClicked: account.clearCache() }
             }
         }
     }
@@ -141,10 +141,10 @@ ColumnLayout {
             text: "Your library and liked songs stay in Spotify. You can connect again at any time."
         }
         footer: DialogButtonBox {
-            Button { text: "Cancel"; DialogButtonBox.buttonRole: DialogButtonBox.RejectRole }
-            Button {
+            SettingsButton { text: "Cancel"; DialogButtonBox.buttonRole: DialogButtonBox.RejectRole }
+            SettingsButton {
                 text: "Disconnect"
-                palette.buttonText: "#ff6b6b"
+                destructive: true
                 DialogButtonBox.buttonRole: DialogButtonBox.DestructiveRole
                 onClicked: { account.disconnect(); confirm.close() }
             }

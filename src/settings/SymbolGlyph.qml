@@ -34,6 +34,34 @@ Canvas {
             g.arc(7, 7, 5.6, 0, Math.PI * 2)
             g.moveTo(7, 4); g.lineTo(7, 7.6)
             g.moveTo(7, 10); g.lineTo(7, 10.2)
+        } else if (symbol === "circle.lefthalf.filled") {
+            g.arc(7, 7, 5.6, 0, Math.PI * 2)
+            g.stroke()
+            g.beginPath()
+            g.arc(7, 7, 5.6, Math.PI / 2, Math.PI * 1.5)
+            g.closePath()
+            g.fill()
+        } else if (symbol === "speaker.wave.2.fill") {
+            g.moveTo(1.5, 5); g.lineTo(4, 5); g.lineTo(7, 2); g.lineTo(7, 12); g.lineTo(4, 9)
+            g.lineTo(1.5, 9); g.closePath()
+            g.fill()
+            g.beginPath()
+            g.arc(7, 7, 3, -Math.PI / 4, Math.PI / 4)
+            g.moveTo(11.2, 2.8); g.arc(7, 7, 6, -Math.PI / 4, Math.PI / 4)
+        } else if (symbol === "music.note.list") {
+            g.moveTo(1.5, 3); g.lineTo(7, 3)
+            g.moveTo(1.5, 6); g.lineTo(7, 6)
+            g.moveTo(1.5, 9); g.lineTo(5, 9)
+            g.moveTo(11, 11); g.lineTo(11, 2); g.lineTo(13, 3)
+            g.stroke()
+            g.beginPath()
+            g.ellipse(7.4, 9.6, 3.8, 3)
+            g.fill()
+        } else if (symbol === "arrow.triangle.2.circlepath") {
+            g.arc(7, 7, 5, Math.PI * 1.1, Math.PI * 1.9)
+            g.moveTo(12, 4.2); g.lineTo(11.3, 6.6); g.lineTo(9, 5.6)
+            g.moveTo(12, 7); g.arc(7, 7, 5, Math.PI * 0.1, Math.PI * 0.9)
+            g.moveTo(2, 9.8); g.lineTo(2.7, 7.4); g.lineTo(5, 8.4)
         } else if (symbol === "checkmark") {
             g.moveTo(2.5, 7.5); g.lineTo(5.8, 10.8); g.lineTo(11.5, 3.5)
         } else if (symbol === "arrow.down.circle.fill") {

@@ -15,7 +15,7 @@ ColumnLayout {
         model: list.controls
         delegate: TuningSlider { required property var modelData; control: modelData }
     }
-    Button {
+    SettingsButton {
         text: "Reset"
         onClicked: settings.resetTuning(list.controls.map(c => c.key))
     }

@@ -25,7 +25,7 @@ ColumnLayout {
             color: SettingsStyle.secondaryText
             text: "Thanks for trying the early access beta. This version can't update itself, so keep an eye on Kestrova's socials and the website for new versions of MIRL PRO. Install a new version over this one and your settings carry over."
         }
-        Button { text: updater.websiteButtonText; onClicked: updater.openWebsite() }
+        SettingsButton { text: updater.websiteButtonText; onClicked: updater.openWebsite() }
     }
 
     SettingsSection {
@@ -64,7 +64,7 @@ ColumnLayout {
                     color: SettingsStyle.warningColour
                 }
             }
-            Button {
+            SettingsButton {
                 text: updater.pendingVersion.length > 0 ? "Update Now" : "Check for Updates"
                 enabled: updater.canCheck
                 // The window's palette keeps a disabled label bright; the button fades instead.
@@ -107,7 +107,7 @@ ColumnLayout {
         HelpRow {
             heading: "Report a problem"
             detail: "Tell us what happened and what you expected. Your message opens in your mail app."
-            Button {
+            SettingsButton {
                 text: "Report a Problem…"
                 onClicked: settings.composeFeedback(false)
             }
@@ -115,7 +115,7 @@ ColumnLayout {
         HelpRow {
             heading: "Share an idea"
             detail: "What would make MIRL PRO better for you?"
-            Button {
+            SettingsButton {
                 text: "Share an Idea…"
                 onClicked: settings.composeFeedback(true)
             }

@@ -119,7 +119,7 @@ ColumnLayout {
                 model: movementControls
                 delegate: TuningSlider { required property var modelData; control: modelData }
             }
-            Button {
+            SettingsButton {
                 text: "Reset"
                 onClicked: settings.resetTuning(settings.vizControls.map(c => c.key))
             }

@@ -56,9 +56,11 @@ SetupModel::SetupModel(Services services, std::unique_ptr<AudioProbe> probe, boo
     connect(&m_refreshTimer, &QTimer::timeout, this, &SetupModel::refresh);
     if (m_services.apps)
         m_apps = m_services.apps();
-    // The rows are there before the first refresh answers.
+    // The rows are there before the first refresh answers, which is asked for at once, so
+    // that the music step opens with the truth.
     for (const App& app : std::as_const(m_apps))
         m_access.insert(app.id, Access::notRunning);
+    refresh();
     // The probe listens to a connected player first, else to whichever of them plays.
     auto candidates = [this] {
         QStringList allowed, others;

@@ -66,8 +66,11 @@ std::unique_ptr<SetupModel> makeSetupModel(Preferences& prefs, SetupInputs input
         if (const auto command = desktopSettings(what))
             QProcess::startDetached(command->first, command->second);
     };
-    services.canOpenSettings = [](const QString& what) {
-        return what == u"spotify" || desktopSettings(what).has_value();
+    // Looked up once per window: the pages ask on every change of a row.
+    const bool audioSettings = desktopSettings(QStringLiteral("audio")).has_value();
+    const bool permissionSettings = desktopSettings(QStringLiteral("automation")).has_value();
+    services.canOpenSettings = [audioSettings, permissionSettings](const QString& what) {
+        return what == u"spotify" || (what == u"audio" ? audioSettings : permissionSettings);
     };
 
     auto probe = std::make_unique<AudioProbe>(

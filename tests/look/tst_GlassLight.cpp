@@ -119,6 +119,29 @@ private Q_SLOTS:
         QTEST(s.blur, "blur");
     }
 
+    // The frost and the veil as one paint look like the two layers over any background.
+    void theStackedPaintLooksLikeBothLayers_data() {
+        QTest::addColumn<double>("under");
+        QTest::addColumn<double>("over");
+        QTest::newRow("both half") << 0.5 << 0.5;
+        QTest::newRow("no veil") << 0.8 << 0.0;
+        QTest::newRow("opaque veil") << 0.3 << 1.0;
+        QTest::newRow("nothing") << 0.0 << 0.0;
+    }
+    void theStackedPaintLooksLikeBothLayers() {
+        QFETCH(double, under);
+        QFETCH(double, over);
+        const QColor frost = PlayerBackdrop::frostColor();
+        const QColor veil(200, 10, 40);
+        const QColor one = PlayerBackdrop::stacked(frost, under, veil, over);
+        const auto paint = [](double bg, double c, double a) { return c * a + bg * (1 - a); };
+        for (double bg : {0.0, 1.0}) {
+            const double a1 = frost.alphaF() * under;
+            const double twoLayers = paint(paint(bg, frost.redF(), a1), veil.redF(), over);
+            QVERIFY(std::abs(paint(bg, one.redF(), one.alphaF()) - twoLayers) < 1e-3);
+        }
+    }
+
     void theBackdropFallsBackWhereItCannotBeDrawn_data() {
         QTest::addColumn<QString>("stored");
         QTest::addColumn<bool>("reduce");

@@ -231,6 +231,29 @@ private Q_SLOTS:
         QDBusConnection::disconnectFromBus("service6");
     }
 
+    // Any text is a request for Settings (the delegate tells page titles from the rest); a call
+    // of the wrong shape is refused and opens nothing.
+    void openSettingsTakesOneText() {
+        StandInModel model;
+        MirlBusService service(&model, nullptr);
+        QVERIFY(service.registerOn(m_bus.connect("service7")));
+        QSignalSpy asked(&service, &MirlBusService::openSettingsRequested);
+        const auto call = [&](const QVariantList& args) {
+            QDBusMessage m =
+                QDBusMessage::createMethodCall("com.kestrova.mirlpro", "/com/kestrova/mirlpro",
+                                               "com.kestrova.mirlpro", "openSettings");
+            m.setArguments(args);
+            return m_bus.connect("client7").call(m, QDBus::BlockWithGui, 2000).type();
+        };
+        QCOMPARE(call({QStringLiteral("Audio")}), QDBusMessage::ReplyMessage);
+        QCOMPARE(call({42}), QDBusMessage::ErrorMessage);
+        QCOMPARE(call({}), QDBusMessage::ErrorMessage);
+        QCOMPARE(asked.size(), 1);
+        QCOMPARE(asked.first().first().toString(), QStringLiteral("Audio"));
+        QDBusConnection::disconnectFromBus("service7");
+        QDBusConnection::disconnectFromBus("client7");
+    }
+
     void aGoneModelReadsAsEmpty() {
         auto model = std::make_unique<StandInModel>();
         MirlBusService service(model.get(), nullptr);

@@ -22,6 +22,7 @@
 #include <QDBusVariant>
 #include <QDir>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QTest>
 
 using namespace MirlPlayer;
@@ -87,6 +88,8 @@ private Q_SLOTS:
 
         // The probe hears mpv only while it plays.
         model.next();
+        // The environment's player is shared: it plays again whatever happens here.
+        const auto resume = qScopeGuard([] { setPlaying(true); });
         setPlaying(false);
         model.setLiveVisualizer(true);
         model.startProbe();

@@ -35,7 +35,7 @@ NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateDrawnRect);
     connect(m_motion.get(), &PillMotion::movingChanged, this, &NotchPanelHost::updateDrawnRect);
     connect(m_motion.get(), &PillMotion::changed, this, &NotchPanelHost::updateBlur);
-    connect(&m_theme, &Theme::backgroundStyleIDChanged, this, &NotchPanelHost::updateBlur);
+    connect(&m_theme, &Theme::effectiveBackgroundChanged, this, &NotchPanelHost::updateBlur);
     connect(m_controller->layout(), &NotchLayout::libraryOpenChanged, this,
             &NotchPanelHost::libraryOpenChanged);
     connect(m_controller->layout(), &NotchLayout::expandedChanged, this,
@@ -95,8 +95,8 @@ void NotchPanelHost::updateBlur() {
     if (!m_view)
         return;
     // Only glass asks for a blur; the region moves with the drawn shape.
-    const PlayerBackground form =
-        PlayerBackdrop::effectiveForm(m_theme.backgroundStyleID(), false, false);
+    const PlayerBackground form = PlayerBackdrop::effectiveForm(
+        m_theme.backgroundStyleID(), m_theme.reduceTransparency(), false);
     const bool glass = form != PlayerBackground::solid && m_blur.available();
     const double dpr = m_view->devicePixelRatio();
     const QRectF s = shape().translated(m_panel ? -m_panel->contentOffset() : QPoint());

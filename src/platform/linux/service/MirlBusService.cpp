@@ -84,6 +84,9 @@ QString interfaceXml() {
                                     "EmitsChangedSignal\" value=\"false\"/>\n    </property>\n");
     }
     xml += QStringLiteral("    <method name=\"reopen\"/>\n"
+                          "    <method name=\"openSettings\">\n"
+                          "      <arg name=\"page\" type=\"s\" direction=\"in\"/>\n"
+                          "    </method>\n"
                           "    <signal name=\"mirlState\">\n"
                           "      <arg name=\"state\" type=\"a{sv}\"/>\n"
                           "    </signal>\n"
@@ -190,10 +193,20 @@ bool MirlBusService::handleMessage(const QDBusMessage& message, const QDBusConne
         return true;
     };
     if (message.interface() == ours || message.interface().isEmpty()) {
-        if (message.member() != u"reopen")
+        if (message.member() == u"reopen") {
+            connection.send(message.createReply());
+            Q_EMIT reopenRequested();
+            return true;
+        }
+        if (message.member() != u"openSettings")
             return false;
+        // Like the in-process request: a page title, or anything else for the first page.
+        const QVariantList args = message.arguments();
+        if (args.size() != 1 || args.constFirst().metaType().id() != QMetaType::QString)
+            return error("org.freedesktop.DBus.Error.InvalidArgs",
+                         QStringLiteral("openSettings takes one string, a page title"));
         connection.send(message.createReply());
-        Q_EMIT reopenRequested();
+        Q_EMIT openSettingsRequested(args.constFirst().toString());
         return true;
     }
     if (message.interface() != u"org.freedesktop.DBus.Properties")

@@ -13,8 +13,9 @@ namespace MirlPlayer {
 // (title, artist, album, sourceName, isPlaying, duration, position, trackURI), what the program
 // hears (levels: the current 128 band levels of the player's audio; captureStatus and
 // captureNeedsAttention: the capture's status row), announces their changes with
-// org.freedesktop.DBus.Properties.PropertiesChanged, and takes the method reopen (what opening
-// the program again does; a second launch calls it). The panel's own signal, mirlState, goes out
+// org.freedesktop.DBus.Properties.PropertiesChanged, and takes the methods reopen (what opening
+// the program again does; a second launch calls it) and openSettings(page) (the settings window,
+// on the page of that title when it names one). The panel's own signal, mirlState, goes out
 // on the same object and interface (see MirlStateSignal) and is declared here for introspection.
 //
 // One table in the source lists the properties with their types and where they are read; the
@@ -55,6 +56,8 @@ public:
 Q_SIGNALS:
     // Another launch of the program asked for what a reopen does.
     void reopenRequested();
+    // Someone asked for the settings window; `page` is a page title or anything else.
+    void openSettingsRequested(const QString& page);
 
 private Q_SLOTS:
     void scheduleAnnouncement();
