@@ -225,9 +225,7 @@ private:
     RollingFrame<fftSize> m_bufR;
     std::vector<float> m_left;
     std::vector<float> m_right;
-    // The band peaks read a few values past the last band's last bin.
-    static constexpr int bandPeakSlack = 3;
-    std::array<float, fftSize / 2 + bandPeakSlack> m_powers{};
+    std::array<float, fftSize / 2> m_powers{};
     std::array<float, fftSize / 2> m_magL{};
     std::array<float, fftSize / 2> m_magR{};
     std::array<float, bandCount> m_dbScratch{};

@@ -1,6 +1,5 @@
 // The sample side of AudioEQ: everything here runs on `sampleQueue`.
 #include "audio/AudioEQ.h"
-#include "audio/WideLoop.h"
 
 #include "core/Environment.h"
 #include "visualizers/VizConfig.h"
@@ -12,7 +11,6 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 
 namespace MirlPlayer {
 
@@ -65,8 +63,8 @@ int truncatedBin(double position, int limit) {
 
 // Both channels scaled by the loudness gain, and their mix to mono, in one pass.
 template <std::size_t stride>
-MIRL_WIDE_LOOP void spreadInto(const float* left, const float* right, float gain, float* mono,
-                               float* l, float* r, std::size_t n) {
+void spreadInto(const float* left, const float* right, float gain, float* mono, float* l, float* r,
+                std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
         const float a = left[i * stride] * gain;
         const float b = right[i * stride] * gain;
@@ -79,20 +77,19 @@ MIRL_WIDE_LOOP void spreadInto(const float* left, const float* right, float gain
 // Samples of one channel scaled by the loudness gain, from a block whose frames are `stride`
 // floats apart.
 template <std::size_t stride>
-MIRL_WIDE_LOOP void scaledInto(const float* x, float gain, float* out, std::size_t n) {
+void scaledInto(const float* x, float gain, float* out, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i)
         out[i] = x[i * stride] * gain;
 }
 
 // Both channels scaled by the loudness gain and mixed to mono.
 template <std::size_t stride>
-MIRL_WIDE_LOOP void mixedInto(const float* left, const float* right, float gain, float* out,
-                              std::size_t n) {
+void mixedInto(const float* left, const float* right, float gain, float* out, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i)
         out[i] = (left[i * stride] * gain + right[i * stride] * gain) * 0.5f;
 }
 
-MIRL_WIDE_LOOP bool anyAbove(const float* x, std::size_t n, float threshold) {
+bool anyAbove(const float* x, std::size_t n, float threshold) {
     int count = 0; // a count, not an early exit, so that the loop vectorises
     for (std::size_t i = 0; i < n; ++i)
         count += std::fabs(x[i]) > threshold ? 1 : 0;
@@ -101,8 +98,8 @@ MIRL_WIDE_LOOP bool anyAbove(const float* x, std::size_t n, float threshold) {
 
 // One step of an attack/release follower over n values: each moves towards its target by the
 // `rise` share when below it, by the `fall` share otherwise.
-MIRL_WIDE_LOOP void follow(float* __restrict value, const float* __restrict target, float rise,
-                           float fall, int n) {
+void follow(float* __restrict value, const float* __restrict target, float rise, float fall,
+            int n) {
     for (int i = 0; i < n; ++i) {
         const float k = value[i] < target[i] ? rise : fall;
         value[i] = flushTiny(value[i] + (target[i] - value[i]) * k);
@@ -110,14 +107,14 @@ MIRL_WIDE_LOOP void follow(float* __restrict value, const float* __restrict targ
 }
 
 // The level in dB of each band's loudest bin, from its power, tilted.
-MIRL_WIDE_LOOP void peakDecibels(float* peaks, const float* tiltDb, int n) {
+void peakDecibels(float* peaks, const float* tiltDb, int n) {
     for (int i = 0; i < n; ++i)
         peaks[i] = decibels(std::sqrt(peaks[i]) + 1e-9f) + tiltDb[i];
 }
 
 // The level curve with the usual contrast of 2: the dB range from the floor to 0 dB onto 0...1,
 // squared, scaled by the gain, at most 1.
-MIRL_WIDE_LOOP void squareCurve(const float* db, float floorDb, float gain, float* out, int n) {
+void squareCurve(const float* db, float floorDb, float gain, float* out, int n) {
     const float span = 0.0f - floorDb;
     for (int i = 0; i < n; ++i) {
         const float x = std::clamp((db[i] - floorDb) / span, 0.0f, 1.0f);
@@ -126,15 +123,15 @@ MIRL_WIDE_LOOP void squareCurve(const float* db, float floorDb, float gain, floa
 }
 
 // 20 x log10(x[i] + floor) for n values.
-MIRL_WIDE_LOOP void decibelsOf(const float* x, float floor, float* out, int n) {
+void decibelsOf(const float* x, float floor, float* out, int n) {
     for (int i = 0; i < n; ++i)
         out[i] = decibels(x[i] + floor);
 }
 
 // Sum and pan column of every bin between first and last. A bin too quiet to place goes to the
 // spare column `columnCount`, which nobody reads, so that placing needs no branch.
-MIRL_WIDE_LOOP void panColumns(const float* magL, const float* magR, int first, int last,
-                               float* sums, int* columns, int columnCount) {
+void panColumns(const float* magL, const float* magR, int first, int last, float* sums,
+                int* columns, int columnCount) {
     for (int k = first; k <= last; ++k) {
         const float s = magL[k] + magR[k];
         const float pan = s > 0.0f ? (magR[k] - magL[k]) / s : 0.0f;
@@ -146,49 +143,13 @@ MIRL_WIDE_LOOP void panColumns(const float* magL, const float* magR, int first, 
     }
 }
 
-// Eight and four floats as one value, for the band peaks below; the compiler maps operations on
-// them to vector instructions of whatever width the target has.
-typedef float Floats8 __attribute__((vector_size(32)));
-typedef float Floats4 __attribute__((vector_size(16)));
-
-template <typename V> MIRL_VECTOR_HELPER V loadFloats(const float* p) {
-    V v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
-
-// Element-wise max as std::max computes it: where the second is not larger (NaN included), the
-// first stays.
-template <typename V> MIRL_VECTOR_HELPER V maxFloats(V a, V b) {
-    return a < b ? b : a;
-}
-
-// The largest value of each band's bins. A band is read in overlapping vectors, the last one
-// ending on the band's last bin: reading a bin twice does not change a maximum, and it spares the
-// loop over the leftover bins, whose comparisons would wait on each other one by one. A band of
-// fewer than four bins takes the four from its first, with those beyond it masked off; so `x`
-// must hold three readable values after the last bin of the last band.
-MIRL_WIDE_LOOP void bandPeaks(const float* x, const int* b0, const int* b1, int bands, float* out) {
-    const Floats4 index = {0, 1, 2, 3};
-    const Floats4 zero = {0, 0, 0, 0};
+// The largest value of each band's bins; a band without bins peaks at zero.
+void bandPeaks(const float* x, const int* b0, const int* b1, int bands, float* out) {
     for (int i = 0; i < bands; ++i) {
-        const int first = b0[i];
-        const int last = b1[i];
-        const int width = last - first + 1;
-        Floats4 peak4 = zero;
-        if (width >= 8) {
-            Floats8 peak8 = loadFloats<Floats8>(x + last - 7);
-            for (int k = first; k + 8 <= last + 1; k += 8)
-                peak8 = maxFloats(peak8, loadFloats<Floats8>(x + k));
-            peak4 = maxFloats(Floats4{peak8[0], peak8[1], peak8[2], peak8[3]},
-                              Floats4{peak8[4], peak8[5], peak8[6], peak8[7]});
-        } else if (width >= 4) {
-            peak4 = maxFloats(loadFloats<Floats4>(x + first), loadFloats<Floats4>(x + last - 3));
-        } else if (width > 0) {
-            const Floats4 w = {float(width), float(width), float(width), float(width)};
-            peak4 = index < w ? loadFloats<Floats4>(x + first) : zero;
-        }
-        out[i] = std::max(std::max(peak4[0], peak4[1]), std::max(peak4[2], peak4[3]));
+        float peak = 0.0f;
+        for (int k = b0[i]; k <= b1[i]; ++k)
+            peak = std::max(peak, x[k]);
+        out[i] = peak;
     }
 }
 
@@ -462,7 +423,7 @@ std::vector<float> AudioEQ::bandLevels(const float* magnitudes, int bins, int ba
     if (bands <= 0 || bins < 2)
         return {};
     const BandMap map = BandMap::build(bins, bands, sampleRate, tuning.tilt);
-    std::vector<float> powers(static_cast<std::size_t>(bins) + bandPeakSlack, 0.0f);
+    std::vector<float> powers(static_cast<std::size_t>(bins), 0.0f);
     for (int k = 0; k < bins; ++k)
         powers[std::size_t(k)] = magnitudes[k] * magnitudes[k];
     std::vector<float> db(static_cast<std::size_t>(bands));

@@ -1,5 +1,4 @@
 #include "audio/LoudnessMatcher.h"
-#include "audio/WideLoop.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,7 +12,7 @@ namespace {
 // that the loop vectorises and its additions, four or eight vectors of them, do not wait on each
 // other; folded in single precision, a block at a time, no sum grows long enough to lose
 // precision. With an even number of lanes, the even ones only ever see even positions.
-MIRL_WIDE_LOOP void squareSums(const float* x, std::size_t n, double& even, double& odd) {
+void squareSums(const float* x, std::size_t n, double& even, double& odd) {
     constexpr std::size_t lanes = 64;
     constexpr std::size_t folds = 16;
     float partial[lanes] = {};

@@ -1,5 +1,4 @@
 #include "audio/Spectrum.h"
-#include "audio/WideLoop.h"
 
 #include <QtGlobal>
 #include <algorithm>
@@ -21,18 +20,8 @@ std::mutex& plannerMutex() {
 // The scale of the normalised Hann window: its root mean square is 1.
 constexpr double hannNorm = 0.8165;
 
-// Eight floats as one value: four complex bins as (re, im) pairs. The compiler maps operations on
-// it to vector instructions of whatever width the target has.
-typedef float Floats8 __attribute__((vector_size(32)));
-typedef int Ints8 __attribute__((vector_size(32)));
-
-MIRL_VECTOR_HELPER Floats8 load8(const float* p) {
-    Floats8 v;
-    std::memcpy(&v, p, sizeof v);
-    return v;
-}
-
-// One windowed bin from the bins y[k-1], y[k], y[k+1] (pairs at y). See windowedBins.
+// The power of one windowed bin from the bins y[k-1], y[k], y[k+1] (pairs at y). See
+// windowedBins.
 inline float windowedPower(const float* y, float c2, float s2) {
     const float a = y[-2];
     const float b = y[-1];
@@ -51,42 +40,11 @@ inline float windowedPower(const float* y, float c2, float s2) {
 // kept, so that power is divided out and the neighbours are turned by the factor and its
 // conjugate: Xw[k] ~ y[k] - c/2 (y[k-1] + y[k+1]) + i s/2 (y[k-1] - y[k+1]). `scale` includes h;
 // `squared` keeps the square of each magnitude.
-//
-// Eight bins at a time, on the pairs as FFTW leaves them: the neighbours are the same pairs read
-// one bin earlier and later, multiplying by i swaps the two halves of each pair, and only the
-// final squares are gathered out of their pairs.
 template <bool squared>
-MIRL_WIDE_LOOP void windowedBins(const float* y, float* out, int count, float c, float s,
-                                 float scale) {
+void windowedBins(const float* y, float* out, int count, float c, float s, float scale) {
     const float c2 = 0.5f * c;
     const float s2 = 0.5f * s;
-    // i s/2 (d_re + i d_im) = (-s/2 d_im, s/2 d_re): swapped, the first of each pair negated.
-    const Floats8 turn = {-s2, s2, -s2, s2, -s2, s2, -s2, s2};
-    const Ints8 swapPairs = {1, 0, 3, 2, 5, 4, 7, 6};
-    const Ints8 evens = {0, 2, 4, 6, 8, 10, 12, 14};
-    const Ints8 odds = {1, 3, 5, 7, 9, 11, 13, 15};
-    int k = 1;
-    for (; k + 8 <= count; k += 8) {
-        const float* at = y + 2 * k;
-        Floats8 halves[2];
-        for (int h = 0; h < 2; ++h) {
-            const Floats8 before = load8(at + 8 * h - 2);
-            const Floats8 after = load8(at + 8 * h + 2);
-            const Floats8 across = __builtin_shuffle(before - after, swapPairs);
-            const Floats8 w = load8(at + 8 * h) - c2 * (before + after) + turn * across;
-            halves[h] = w * w;
-        }
-        Floats8 power = __builtin_shuffle(halves[0], halves[1], evens) +
-                        __builtin_shuffle(halves[0], halves[1], odds);
-        if constexpr (squared) {
-            power *= scale;
-        } else {
-            for (int j = 0; j < 8; ++j)
-                power[j] = std::sqrt(power[j]) * scale;
-        }
-        std::memcpy(out + k, &power, sizeof power);
-    }
-    for (; k < count; ++k) {
+    for (int k = 1; k < count; ++k) {
         const float power = windowedPower(y + 2 * k, c2, s2);
         out[k] = squared ? power * scale : std::sqrt(power) * scale;
     }

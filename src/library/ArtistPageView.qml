@@ -102,7 +102,7 @@ Flickable {
                     required property string subtitle
                     width: 96
                     height: 132
-                    CoverImage { width: 96; height: 96; url: parent.image ? parent.image : ""; symbolSize: 22 }
+                    CoverImage { width: 96; height: 96; corner: 8; url: parent.image ? parent.image : ""; symbolSize: 22 }
                     Text { y: 100; width: 96; text: parent.name; color: "white"; font.pixelSize: 11; elide: Text.ElideRight }
                     Text { y: 115; width: 96; text: parent.subtitle; color: Qt.rgba(1, 1, 1, 0.55); font.pixelSize: 10; elide: Text.ElideRight }
                     MouseArea {

@@ -1,4 +1,5 @@
 import QtQuick
+import Qt5Compat.GraphicalEffects
 
 // A cover from the cover cache (each address fetched and decoded once for every row that shows
 // it), or a symbol on a soft square while there is none.
@@ -30,5 +31,15 @@ Item {
         source: cover.url.toString() !== ""
                 ? "image://cover/" + encodeURIComponent(cover.url.toString()) : ""
         visible: status === Image.Ready
+        // Large covers are rounded (an artist's picture round); a list's small ones stay square,
+        // so that scrolling builds no layer per row.
+        layer.enabled: cover.corner >= 8 && visible
+        layer.effect: OpacityMask {
+            maskSource: Rectangle {
+                width: image.width
+                height: image.height
+                radius: cover.corner
+            }
+        }
     }
 }

@@ -38,7 +38,10 @@ Column {
             anchors.right: buttons.left
             anchors.rightMargin: 8
             anchors.verticalCenter: parent.verticalCenter
-            text: header.view.showingQueue ? "Queue" : header.browser.title
+            // An artist's page shows the name large itself.
+            readonly property var route: header.browser.routes.length > 0
+                                         ? header.browser.routes[header.browser.routes.length - 1] : null
+            text: header.view.showingQueue ? "Queue" : route && route.kind === "artist" ? "" : header.browser.title
             color: "white"
             font.pixelSize: 16
             font.weight: Font.Bold

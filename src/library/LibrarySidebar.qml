@@ -134,7 +134,7 @@ Item {
             height: 20
             url: entry.image ? entry.image : ""
             symbol: entry.symbol
-            symbolSize: 11
+            symbolSize: entry.symbol === "⌕" ? 15 : 11
         }
         SidebarScrollingName {
             anchors.left: icon.right

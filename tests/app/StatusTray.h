@@ -2,7 +2,7 @@
 
 // A desktop's tray as the status item meets it on the session bus: a StatusNotifierWatcher that
 // items register with, and a host's reading of an item's menu over com.canonical.dbusmenu
-// (GetLayout, then GetGroupProperties for the rows it found).
+// (its Menu property, then GetLayout).
 
 #include <QDBusArgument>
 #include <QDBusConnection>
@@ -10,7 +10,6 @@
 #include <QDBusObjectPath>
 #include <QDBusPendingCall>
 #include <QDBusVariant>
-#include <QMap>
 #include <QMutex>
 #include <QObject>
 #include <QStringList>
@@ -137,15 +136,14 @@ inline TrayMenu readTrayMenu(const QDBusConnection& bus, const QString& item) {
         qdbus_cast<QDBusObjectPath>(
             menuPath.arguments().constFirst().value<QDBusVariant>().variant())
             .path();
-    const QString menu = QStringLiteral("com.canonical.dbusmenu");
 
-    QDBusMessage layout =
-        QDBusMessage::createMethodCall(item, path, menu, QStringLiteral("GetLayout"));
+    // The top-level rows with all their properties, as a host asks for them.
+    QDBusMessage layout = QDBusMessage::createMethodCall(
+        item, path, QStringLiteral("com.canonical.dbusmenu"), QStringLiteral("GetLayout"));
     layout << 0 << 1 << QStringList();
     const QDBusMessage tree = await(bus, layout);
     if (tree.arguments().size() < 2)
         return result;
-    QList<int> ids;
     const QDBusArgument root = tree.arguments().at(1).value<QDBusArgument>();
     int rootId = 0;
     QVariantMap rootProperties;
@@ -155,37 +153,16 @@ inline TrayMenu readTrayMenu(const QDBusConnection& bus, const QString& item) {
     while (!root.atEnd()) {
         QDBusVariant child;
         root >> child;
-        const QDBusArgument row = child.variant().value<QDBusArgument>();
-        int id = 0;
-        row.beginStructure();
-        row >> id;
-        row.endStructure();
-        ids << id;
+        const QDBusArgument entry = child.variant().value<QDBusArgument>();
+        TrayMenuRow row;
+        entry.beginStructure();
+        entry >> row.id >> row.properties;
+        entry.endStructure();
+        if (row.properties.value(QStringLiteral("visible"), true).toBool())
+            result.rows << row;
     }
     root.endArray();
     root.endStructure();
-
-    QDBusMessage group =
-        QDBusMessage::createMethodCall(item, path, menu, QStringLiteral("GetGroupProperties"));
-    group << QVariant::fromValue(ids) << QStringList();
-    const QDBusMessage answer = await(bus, group);
-    if (answer.arguments().isEmpty())
-        return result;
-    QMap<int, TrayMenuRow> byId;
-    const QDBusArgument list = answer.arguments().constFirst().value<QDBusArgument>();
-    list.beginArray();
-    while (!list.atEnd()) {
-        TrayMenuRow row;
-        list.beginStructure();
-        list >> row.id >> row.properties;
-        list.endStructure();
-        byId.insert(row.id, row);
-    }
-    list.endArray();
-    for (int id : ids) {
-        if (byId.value(id).properties.value(QStringLiteral("visible"), true).toBool())
-            result.rows << byId.value(id);
-    }
     return result;
 }
 

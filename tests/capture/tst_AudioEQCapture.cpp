@@ -316,6 +316,17 @@ private Q_SLOTS:
         QCOMPARE(m_capture.count("audioObject"), 0);
     }
 
+    // Stopped, nothing of the capture is left running, nor the wait for a wake from sleep.
+    void stopEndsTheCaptureAndTheWakeWatch() {
+        startCapturing();
+        m_eq->stop();
+        QCOMPARE(m_capture.calls, QStringList{"teardown"});
+        QCOMPARE(m_capture.running, quint64(0));
+        QVERIFY(!m_capture.wanted);
+        QCOMPARE(m_sleep.stopped, 1);
+        QVERIFY(!m_eq->isSupervising());
+    }
+
     void theWatchdogGivesANewCaptureSixSecondsOfPeace_data() {
         QTest::addColumn<double>("after");
         QTest::addColumn<bool>("warns");
