@@ -1,17 +1,13 @@
 #include "app/UpdateController.h"
 
+#include "app/UpdateDownload.h"
 #include "app/UpdateFetch.h"
-#include "app/UpdateSignature.h"
 #include "core/Logging.h"
 #include "core/Preferences.h"
-#include "core/PrivateFile.h"
 
 #include <QDir>
 #include <QFile>
-#include <QFutureWatcher>
 #include <QNetworkAccessManager>
-#include <QRegularExpression>
-#include <QtConcurrent>
 
 namespace MirlPlayer {
 
@@ -38,6 +34,7 @@ UpdateController::~UpdateController() {
     ++m_session;
     if (m_fetch)
         m_fetch->abort();
+    delete m_download.data(); // no answer after this
 }
 
 QDateTime UpdateController::lastUpdateCheckDate() const {
@@ -172,72 +169,20 @@ void UpdateController::download(bool userInitiated, std::function<void()> then) 
     setBusy(true);
     if (userInitiated)
         m_driver.showDownloading(*m_update);
-    // Only the newest update is kept.
-    QDir folder(m_config.downloadFolder);
-    if (ensurePrivateDir(folder.path()))
-        for (const QString& old : folder.entryList(QDir::Files | QDir::Hidden))
-            folder.remove(old);
-    const QString part = pathFor(*m_update) + QStringLiteral(".part");
-    m_part = std::make_unique<QFile>(part);
-    if (!m_part->open(QIODevice::WriteOnly | QIODevice::Truncate,
-                      QFile::ReadOwner | QFile::WriteOwner)) {
-        refuse(userInitiated, QStringLiteral("MIRL PRO couldn’t save the update. Check that "
-                                             "there is room on your disk."));
-        return;
-    }
-    UpdateFetch::Options options;
-    options.limit = m_update->length;
-    options.exactLength = true;
-    options.allowLoopback = m_config.allowLoopback;
-    options.idleTimeoutMs = 60000;
     const quint64 session = m_session;
-    m_fetch = new UpdateFetch(
-        *m_network, m_update->url, options, m_part.get(),
-        [this, session, userInitiated, part, then = std::move(then)](const QString& error) {
+    m_download = new UpdateDownload(
+        *m_network, *m_update, m_config.publicKey, m_config.downloadFolder, m_config.allowLoopback,
+        [this, session, userInitiated, then = std::move(then)](const QString& file,
+                                                               const QString& problem) {
             if (session != m_session)
                 return;
-            m_fetch->deleteLater();
-            m_part.reset();
-            if (!error.isEmpty()) {
-                qCWarning(lcCore) << "update download:" << error;
-                QFile::remove(part);
-                refuse(userInitiated, QStringLiteral("MIRL PRO couldn’t download the update. "
-                                                     "Try again later."));
-                return;
-            }
-            verify(userInitiated, part, then);
+            m_download->deleteLater();
+            if (!problem.isEmpty())
+                return refuse(userInitiated, problem);
+            m_verified = file;
+            then();
         },
         this);
-}
-
-void UpdateController::verify(bool userInitiated, const QString& part, std::function<void()> then) {
-    auto* watcher = new QFutureWatcher<bool>(this);
-    const quint64 session = m_session;
-    connect(watcher, &QFutureWatcher<bool>::finished, this,
-            [this, watcher, session, userInitiated, part, then = std::move(then)] {
-                watcher->deleteLater();
-                if (session != m_session)
-                    return;
-                if (!watcher->result()) {
-                    QFile::remove(part);
-                    refuse(userInitiated,
-                           QStringLiteral("The update to MIRL PRO ") + m_update->displayVersion() +
-                               QStringLiteral(" isn’t signed by its maker, so it wasn’t installed "
-                                              "and the downloaded file was deleted."));
-                    return;
-                }
-                const QString final = pathFor(*m_update);
-                QFile::remove(final);
-                if (!QFile::rename(part, final)) {
-                    QFile::remove(part);
-                    refuse(userInitiated, QStringLiteral("MIRL PRO couldn’t save the update."));
-                    return;
-                }
-                m_verified = final;
-                then();
-            });
-    watcher->setFuture(
-        QtConcurrent::run(verifyFileSignature, part, m_update->signature, m_config.publicKey));
 }
 
 void UpdateController::show(bool userInitiated) {
@@ -310,15 +255,6 @@ void UpdateController::setLastProblem(const QString& problem) {
         return;
     m_lastProblem = problem;
     Q_EMIT lastProblemChanged();
-}
-
-QString UpdateController::pathFor(const AppcastItem& item) const {
-    // The enclosure's own file name, kept to plain characters; the installer goes by its ending.
-    static const QRegularExpression unsafe(QStringLiteral("[^A-Za-z0-9._+-]"));
-    QString name = QFileInfo(item.url.path()).fileName().replace(unsafe, QStringLiteral("_"));
-    if (name.isEmpty() || name.startsWith(u'.'))
-        name = QStringLiteral("mirl-pro-update");
-    return QDir(m_config.downloadFolder).filePath(name);
 }
 
 } // namespace MirlPlayer

@@ -11,12 +11,12 @@
 #include <memory>
 #include <optional>
 
-class QFile;
 class QNetworkAccessManager;
 
 namespace MirlPlayer {
 
 class Preferences;
+class UpdateDownload;
 class UpdateFetch;
 
 // Hears how a found update is shown (the owner decides whether a scheduled one may take focus).
@@ -109,7 +109,6 @@ private:
     void check(bool userInitiated);
     void feedArrived(bool userInitiated, const QString& error);
     void download(bool userInitiated, std::function<void()> then);
-    void verify(bool userInitiated, const QString& part, std::function<void()> then);
     void show(bool userInitiated);
     void install();
     void refuse(bool userInitiated, const QString& message);
@@ -118,7 +117,6 @@ private:
     void setBusy(bool busy);
     void setLastProblem(const QString& problem);
     void schedule();
-    QString pathFor(const AppcastItem& item) const;
 
     UpdateConfig m_config;
     Preferences& m_prefs;
@@ -129,7 +127,7 @@ private:
     QTimer m_schedule;
     std::optional<AppcastItem> m_update; // the update of the session, found and not yet done
     QString m_verified;                  // its file, once downloaded and verified
-    std::unique_ptr<QFile> m_part;       // the download under way
+    QPointer<UpdateDownload> m_download;
     QString m_lastProblem;
     quint64 m_session = 0; // answers of an older session are dropped
     bool m_busy = false;

@@ -211,6 +211,7 @@ private Q_SLOTS:
         Fixture f;
         auto theme = f.theme();
         theme->setCurrentGlassOpacity(slider); // the background is frosted
+        QCOMPARE(theme->frostedGlassOpacity(), std::min(slider, 1.0)); // stored clamped
         QVERIFY(near(theme->frostedDensity(), density, 1e-12));
         QVERIFY(near(theme->frostedBlurStrength(), blur, 1e-12));
         // Under the liquid background the same slider moves the liquid glass alone.
