@@ -7,6 +7,7 @@
 #include "core/FocusLog.h"
 #include "core/Preferences.h"
 #include "library/LibraryModule.h"
+#include "library/LibraryViewModel.h"
 #include "library/SpotifyMemory.h"
 #include "look/ReduceTransparency.h"
 #include "look/Theme.h"
@@ -186,6 +187,7 @@ void DesktopSession::buildPanel(AppDelegate& app) {
     m_panel = std::make_unique<NotchPanelHost>(app.player(), inputs, outputs);
     // The library's models, for the library view to bind.
     m_panel->setEngineSetup([](QQmlEngine& engine) { useLibraryModule(engine); });
+    LibraryViewModel::openSettings = [this](const QString& page) { openSettings(page); };
     m_panel->setLibraryView(libraryViewSource());
     NotchPanelController* controller = &m_panel->controller();
     connect(&theme, &Theme::positionIDChanged, controller,

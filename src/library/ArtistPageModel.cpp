@@ -27,7 +27,7 @@ ArtistPageModel::ArtistPageModel(SpotifyLibrary& library, SpotifyMemory& memory,
     , m_memory(memory)
     , m_browser(browser)
     , m_clock(clock) {
-    const auto liked = [this](const SpotifyItem& item) { return m_browser.isLiked(item); };
+    const auto liked = [this](const SpotifyItem& item) { return m_browser.likeState(item.uri); };
     for (SpotifyItemListModel* model : {&m_popularModel, &m_releasesModel, &m_likedModel})
         model->setLikedSource(liked);
     // The liked section is computed from the memory and the browser's like states.

@@ -148,7 +148,7 @@ Item {
         visible: list.visible && list.count === 0 && title !== ""
         readonly property string query: pane.searching ? pane.browser.query.trim() : pane.browser.filter.trim()
         title: pane.browser.error !== "" ? "Couldn't load music"
-             : pane.browser.loading ? (pane.searching ? "Searching…" : "Loading…")
+             : pane.browser.loading ? (pane.searching || query !== "" ? pane.browser.searchProgress : "Loading…")
              : pane.searchHome ? "Find your next listen"
              : query !== "" ? "Nothing called “" + query + "” here."
              : "No music found"

@@ -46,24 +46,7 @@ LibraryViewModel::LibraryViewModel(SpotifyLibrary& library, SpotifyBrowser& brow
         if (m_guard.passes(screenPointer()))
             Q_EMIT closeRequested();
     });
-    connect(&library, &SpotifyLibrary::connectedChanged, this, &LibraryViewModel::accountChanged);
-    connect(&library, &SpotifyLibrary::connectingChanged, this, &LibraryViewModel::accountChanged);
-}
-
-bool LibraryViewModel::connected() const {
-    return m_library.connected();
-}
-
-bool LibraryViewModel::connecting() const {
-    return m_library.connecting();
-}
-
-void LibraryViewModel::beginSetup() {
-    m_library.beginSignIn();
-}
-
-void LibraryViewModel::cancelSetup() {
-    m_library.endSignInFlow();
+    watchAccount();
 }
 
 void LibraryViewModel::toggleLike(SpotifyItemListModel* model, int row) {
@@ -94,10 +77,7 @@ void LibraryViewModel::setPlaybackError(const QString& text) {
         return;
     m_playbackError = text;
     Q_EMIT playbackErrorChanged();
-}
-
-void LibraryViewModel::dismissPlaybackError() {
-    setPlaybackError({});
+    Q_EMIT bannerChanged();
 }
 
 // --- single click plays, double click likes ---

@@ -41,6 +41,9 @@ class LibraryViewModel : public QObject {
     Q_PROPERTY(QString pendingClick READ pendingClick NOTIFY pendingClickChanged)
     Q_PROPERTY(bool connected READ connected NOTIFY accountChanged)
     Q_PROPERTY(bool connecting READ connecting NOTIFY accountChanged)
+    Q_PROPERTY(bool justConnected READ justConnected NOTIFY accountChanged)
+    Q_PROPERTY(QString banner READ banner NOTIFY bannerChanged)
+    Q_PROPERTY(QString bannerAction READ bannerAction NOTIFY bannerChanged)
 
 public:
     explicit LibraryViewModel(QObject* parent = nullptr);
@@ -60,12 +63,17 @@ public:
     QString pendingClick() const { return m_clicks.pendingClick.value_or(QString()); }
     bool connected() const;
     bool connecting() const;
+    // Signed in from the library's own empty state, until the user goes back to the library.
+    bool justConnected() const { return m_justConnected; }
+    // The banner over the list: a failed play, else a failed like; its one button is "Dismiss",
+    // "Finish setup" when the setup is incomplete, "Reconnect" when liking lacks the permission.
+    QString banner() const;
+    QString bannerAction() const;
 
     // A click on a song row of `model`. `context` is the list it plays in: empty for the browser's
     // own list, "liked" for an artist's liked songs (played in the account's Liked Songs).
     Q_INVOKABLE void rowClicked(MirlPlayer::SpotifyItemListModel* model, int row,
                                 const QString& context = {});
-    Q_INVOKABLE void dismissPlaybackError();
     // The heart of a row: likes or unlikes the song.
     Q_INVOKABLE void toggleLike(MirlPlayer::SpotifyItemListModel* model, int row);
     // A row's context menu: the album of the song, or one of its artists.
@@ -75,6 +83,11 @@ public:
     // Signing in to Spotify from the library's empty state, and calling it off.
     Q_INVOKABLE void beginSetup();
     Q_INVOKABLE void cancelSetup();
+    Q_INVOKABLE void backToLibrary();
+    Q_INVOKABLE void bannerActionClicked();
+
+    // How the settings window is opened on a page; the application sets it.
+    static inline std::function<void(const QString& page)> openSettings;
 
     // Pins: the sidebar's frame and each pin's row frame, in the view's coordinates.
     Q_INVOKABLE void setSidebarFrame(const QRectF& frame) { m_sidebar = frame; }
@@ -104,6 +117,7 @@ Q_SIGNALS:
     void pointerChanged();
     void pendingClickChanged();
     void accountChanged();
+    void bannerChanged();
     // The user asked to go back to the player.
     void closeRequested();
 
@@ -113,6 +127,7 @@ private:
     QCoro::Task<void> runPlay(SpotifyPlaybackSelection selection);
     QStringList movablePins() const;
     void setPlaybackError(const QString& text);
+    void watchAccount();
 
     SpotifyLibrary& m_library;
     SpotifyBrowser& m_browser;
@@ -122,6 +137,8 @@ private:
     QPointer<PlayerState> m_player;
     QString m_playbackError;
     bool m_showingQueue = false;
+    bool m_settingUp = false;
+    bool m_justConnected = false;
 
     RowClickTiming m_clicks;
     QTimer m_pendingPlay;

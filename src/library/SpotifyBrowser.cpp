@@ -33,7 +33,7 @@ SpotifyBrowser::SpotifyBrowser(SpotifyLibrary& library, SpotifyMemory& memory,
                                          LibraryShortcuts::defaultShortcuts());
     m_recents = LibraryShortcuts::loadHistory(storedBytes(defaults, LibraryShortcuts::historyKey));
     m_recentsModel.setItems(m_recents);
-    const auto liked = [this](const SpotifyItem& item) { return isLiked(item); };
+    const auto liked = [this](const SpotifyItem& item) { return likeState(item.uri); };
     m_list.setLikedSource(liked);
     m_recentsModel.setLikedSource(liked);
     connect(this, &SpotifyBrowser::likedChanged, this, [this] {

@@ -44,6 +44,7 @@ class SpotifyBrowser : public QObject {
     Q_PROPERTY(int total READ totalCount NOTIFY totalChanged)
     Q_PROPERTY(QString filter READ filter WRITE setFilter NOTIFY filterTextChanged)
     Q_PROPERTY(QString likeError READ likeErrorText NOTIFY likeErrorChanged)
+    Q_PROPERTY(QString searchProgress READ searchProgress NOTIFY progressChanged)
     Q_PROPERTY(QVariantList shortcuts READ shortcutList NOTIFY shortcutsChanged)
     Q_PROPERTY(bool refreshing READ refreshing NOTIFY refreshingChanged)
     Q_PROPERTY(bool isSearchHome READ isSearchHome NOTIFY routesChanged)
@@ -93,6 +94,7 @@ public:
     const QMap<QString, bool>& liked() const { return m_liked; }
     const QList<SpotifyItem>& recents() const { return m_recents; }
     QString likeErrorText() const { return m_likeError.value_or(QString()); }
+    Q_INVOKABLE void dismissLikeError() { setLikeError(std::nullopt); }
     const QList<LibraryShortcut>& shortcuts() const { return m_shortcuts; }
     QVariantList shortcutList() const;
     bool refreshing() const { return m_refreshing; }
@@ -103,6 +105,8 @@ public:
     Route currentRoute() const;
     static std::optional<Route> routeForItem(const SpotifyItem& item);
     bool isFiltering() const;
+    // "Searching…", or how far a filter that pages through a large list has come.
+    QString searchProgress() const;
     bool isSearchRoot() const;
     bool isSearchHome() const;
     void setQuery(const QString& text);
@@ -133,6 +137,8 @@ public:
     // --- likes ---
     bool isLiked(const SpotifyItem& item);
     Q_INVOKABLE bool isLikedURI(const QString& uri);
+    // Liked or not, or none while neither the answers nor the memory know yet.
+    std::optional<bool> likeState(const QString& uri);
     void setLiked(const SpotifyItem& item, bool wanted);
     Q_INVOKABLE void setLikedRow(int row, bool wanted);
     void queryLiked(const QList<SpotifyItem>& items, bool assumeLiked);
@@ -164,6 +170,7 @@ Q_SIGNALS:
     void errorChanged();
     void nextChanged();
     void totalChanged();
+    void progressChanged();
     void filterTextChanged();
     void likedChanged();
     void likeErrorChanged();

@@ -13,8 +13,15 @@ bool SpotifyBrowser::isLiked(const SpotifyItem& item) {
 }
 
 bool SpotifyBrowser::isLikedURI(const QString& uri) {
-    const auto known = m_liked.constFind(uri);
-    return known != m_liked.cend() ? *known : m_memory.isSavedInMemory(uri);
+    return likeState(uri).value_or(false);
+}
+
+std::optional<bool> SpotifyBrowser::likeState(const QString& uri) {
+    if (const auto known = m_liked.constFind(uri); known != m_liked.cend())
+        return *known;
+    if (m_memory.isSavedInMemory(uri))
+        return true;
+    return std::nullopt;
 }
 
 void SpotifyBrowser::queryLiked(const QList<SpotifyItem>& items, bool assumeLiked) {

@@ -198,6 +198,7 @@ SpotifyItem SpotifyBrowser::applyAlbumContext(const SpotifyItem& item, const Rou
 void SpotifyBrowser::setItems(const QList<SpotifyItem>& items) {
     m_items = items;
     publishVisible();
+    Q_EMIT progressChanged();
 }
 
 void SpotifyBrowser::setLoading(bool value) {
@@ -225,6 +226,7 @@ void SpotifyBrowser::setTotal(std::optional<qint64> value) {
     if (m_total != value) {
         m_total = value;
         Q_EMIT totalChanged();
+        Q_EMIT progressChanged();
     }
 }
 
@@ -261,6 +263,7 @@ void SpotifyBrowser::setFilterText(const QString& text) {
     if (m_filter != text) {
         m_filter = text;
         Q_EMIT filterTextChanged();
+        Q_EMIT progressChanged();
     }
 }
 

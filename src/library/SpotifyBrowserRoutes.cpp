@@ -74,6 +74,13 @@ bool SpotifyBrowser::isFiltering() const {
     return !m_filter.trimmed().isEmpty();
 }
 
+QString SpotifyBrowser::searchProgress() const {
+    // Only a filter pages through the rest of a list; a search asks once.
+    if (!isFiltering() || !m_total || *m_total <= m_items.size())
+        return QStringLiteral("Searching…");
+    return QStringLiteral("Searching %1 of %2…").arg(m_items.size()).arg(*m_total);
+}
+
 bool SpotifyBrowser::isSearchRoot() const {
     return m_tab == u"Search" && m_routes.isEmpty();
 }

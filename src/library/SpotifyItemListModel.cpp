@@ -52,7 +52,9 @@ QVariant SpotifyItemListModel::data(const QModelIndex& index, int role) const {
     case ArtistNamesRole:
         return item.artistNames;
     case LikedRole:
-        return m_liked ? m_liked(item) : false;
+        if (const std::optional<bool> liked = m_liked ? m_liked(item) : false)
+            return *liked;
+        return {};
     }
     return {};
 }
@@ -123,7 +125,7 @@ QVariantMap SpotifyItemListModel::get(int row) const {
     return map;
 }
 
-void SpotifyItemListModel::setLikedSource(std::function<bool(const SpotifyItem&)> source) {
+void SpotifyItemListModel::setLikedSource(LikedSource source) {
     m_liked = std::move(source);
 }
 

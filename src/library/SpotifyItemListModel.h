@@ -56,8 +56,10 @@ public:
     // The record of a row, for the view's actions; an empty item outside the list.
     Q_INVOKABLE QVariantMap get(int row) const;
 
-    // Where the liked role comes from; `likesChanged` tells every row to ask again.
-    void setLikedSource(std::function<bool(const SpotifyItem&)> source);
+    // Where the liked role comes from (none while unknown: the role is then undefined);
+    // `likesChanged` tells every row to ask again.
+    using LikedSource = std::function<std::optional<bool>(const SpotifyItem&)>;
+    void setLikedSource(LikedSource source);
     void likesChanged();
 
 Q_SIGNALS:
@@ -66,7 +68,7 @@ Q_SIGNALS:
 private:
     QList<SpotifyItem> m_source;
     std::optional<QList<int>> m_rows;
-    std::function<bool(const SpotifyItem&)> m_liked;
+    LikedSource m_liked;
 };
 
 } // namespace MirlPlayer

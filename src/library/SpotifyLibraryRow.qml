@@ -13,7 +13,7 @@ Item {
     required property string kind
     required property var image
     required property string uri
-    required property bool liked
+    required property var liked // undefined while the saved state is being asked
     required property var artistNames
     required property var albumURI
     property var model      // the list model the row belongs to
@@ -128,11 +128,12 @@ Item {
         LibraryButton {
             visible: row.song
             width: 24
-            text: row.liked ? "♥" : "♡"
+            text: row.liked === true ? "♥" : "♡"
             fontSize: 13
             color: "transparent"
-            ink: row.liked ? row.green : Qt.rgba(1, 1, 1, 0.5)
-            help: row.liked ? "Remove from Liked Songs" : "Add to Liked Songs"
+            ink: row.liked === true ? row.green : Qt.rgba(1, 1, 1, 0.5)
+            help: row.liked === undefined ? "Checking your saved songs…"
+                : row.liked ? "Remove from Liked Songs" : "Add to Liked Songs"
             onClicked: row.view.toggleLike(row.model, row.index)
         }
         LibraryButton {

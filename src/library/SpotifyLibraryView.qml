@@ -41,7 +41,7 @@ Item {
     Item {
         id: signedIn
         anchors.fill: parent
-        visible: rules.connected
+        visible: rules.connected && !rules.justConnected
 
         LibrarySidebar {
             id: sidebar
@@ -75,21 +75,23 @@ Item {
         }
     }
 
-    // Not signed in: the way to Spotify.
+    // Not signed in: the way to Spotify; and the moment after signing in here.
     LibraryState {
         anchors.centerIn: parent
-        visible: !rules.connected
-        title: rules.connecting ? "Waiting for Spotify…" : "Your music, a little closer."
-        detail: rules.connecting ? ""
+        visible: !rules.connected || rules.justConnected
+        title: rules.justConnected ? "Spotify is connected."
+             : rules.connecting ? "Waiting for Spotify…" : "Your music, a little closer."
+        detail: rules.justConnected || rules.connecting ? ""
               : "Connect Spotify to browse your playlists, liked songs and favourite artists right here."
-        action: rules.connecting ? "Cancel" : "Set up Spotify"
-        onActionClicked: rules.connecting ? rules.cancelSetup() : rules.beginSetup()
+        action: rules.justConnected ? "Back to library" : rules.connecting ? "Cancel" : "Set up Spotify"
+        onActionClicked: rules.justConnected ? rules.backToLibrary()
+                       : rules.connecting ? rules.cancelSetup() : rules.beginSetup()
     }
 
     // The banner of a failed play or like.
     Rectangle {
-        readonly property string text: rules.playbackError !== "" ? rules.playbackError : library.browser.likeError
-        visible: text !== ""
+        objectName: "banner"
+        visible: rules.banner !== ""
         anchors.horizontalCenter: parent.horizontalCenter
         anchors.bottom: parent.bottom
         anchors.bottomMargin: 12
@@ -105,7 +107,7 @@ Item {
             Text {
                 anchors.verticalCenter: parent.verticalCenter
                 width: Math.min(implicitWidth, 440)
-                text: parent.parent.text
+                text: rules.banner
                 color: "white"
                 font.pixelSize: 12
                 elide: Text.ElideRight
@@ -113,8 +115,8 @@ Item {
             LibraryButton {
                 anchors.verticalCenter: parent.verticalCenter
                 height: 22
-                text: "Dismiss"
-                onClicked: rules.dismissPlaybackError()
+                text: rules.bannerAction
+                onClicked: rules.bannerActionClicked()
             }
         }
     }

@@ -10,6 +10,7 @@
 #include "panel/host/NotchPanelHost.h"
 #include "playback/PlayerState.h"
 #include "spotify/FakeSpotifyServer.h"
+#include "spotify/SpotifyError.h"
 #include "spotify/SpotifyLibrary.h"
 #include "spotify/SpotifyTokenStore.h"
 
@@ -189,6 +190,24 @@ private Q_SLOTS:
         xdo({QStringLiteral("key"), QStringLiteral("Return")});
         QTRY_VERIFY(!m_host->window()->isActive());
         QVERIFY(m_host->libraryOpen());
+    }
+
+    void anIncompleteSetupOffersToFinishIt() {
+        QStringList opened;
+        LibraryViewModel::openSettings = [&](const QString& page) { opened << page; };
+        rules()->play = [](SpotifyPlaybackSelection) -> QCoro::Task<void> {
+            throw SpotifyFailure(PlayerState::setupMessage);
+            co_return;
+        };
+        click(row(1));
+        QTRY_COMPARE(rules()->bannerAction(), QStringLiteral("Finish setup"));
+        QTest::qWait(300); // the banner is laid out
+        QQuickItem* banner = find(QStringLiteral("banner"));
+        QVERIFY(banner && banner->isVisible());
+        click(banner->childItems().constFirst()->childItems().constLast());
+        QTRY_COMPARE(opened, QStringList{QStringLiteral("Spotify")});
+        QCOMPARE(rules()->banner(), QString());
+        LibraryViewModel::openSettings = {};
     }
 
     void aPinDraggedOutOfTheSidebarIsRemoved() {
