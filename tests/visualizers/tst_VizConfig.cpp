@@ -104,6 +104,24 @@ private Q_SLOTS:
         QCOMPARE(prefs.mapValue("vizConfig2").value("sensitivity").toDouble(), 1.53);
     }
 
+    // A slider's readout: a 0…1 range and the width/height sliders read as percent, the rest as
+    // a factor, rounding in points.
+    void aSlidersValueReadsInItsUnit_data() {
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<double>("value");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("unit range") << "anaGrid" << 0.5 << "50%";
+        QTest::newRow("percent slider beyond one") << "anaWidth" << 1.6 << "160%";
+        QTest::newRow("factor") << "anaDepth" << 0.86 << QString::fromUtf8("0.9×");
+        QTest::newRow("points") << "barsRound" << 1.5 << "1.5 pt";
+    }
+    void aSlidersValueReadsInItsUnit() {
+        QFETCH(QString, key);
+        QFETCH(double, value);
+        QFETCH(QString, text);
+        QCOMPARE(VizConfig::format(*VizConfig::control(key), value), text);
+    }
+
     void libraryPreviewFollowsTheLibrarySliders_data() {
         QTest::addColumn<QString>("key");
         QTest::addColumn<bool>("held");
