@@ -81,7 +81,9 @@ DesktopSession::DesktopSession()
             &AppDelegate::applicationWillTerminate);
 }
 
-DesktopSession::~DesktopSession() = default;
+DesktopSession::~DesktopSession() {
+    LibraryViewModel::openSettings = {}; // a library view left over must not reach a session gone
+}
 
 void DesktopSession::launch() {
     Updater& updater = Updater::shared();

@@ -89,6 +89,22 @@ private Q_SLOTS:
         QCOMPARE(world.server.apiRequestCount(), before);
     }
 
+    // A filter over a list not loaded to its end pages through it, and says how far it has come.
+    void aFilterPagingThroughTellsItsProgress() {
+        World world;
+        world.route(QStringLiteral("GET /v1/playlists/p1/items"),
+                    QStringLiteral("saved_crawl_1.json"));
+        auto memory = world.memory();
+        SpotifyBrowser browser(*world.library, *memory, world.prefs, world.clock);
+        browser.openItem(
+            SpotifyItem{.id = "p1", .name = "P", .kind = "playlist", .uri = "spotify:playlist:p1"});
+        QVERIFY(QTest::qWaitFor([&] { return browser.list()->count() == 3; }, 3000));
+        QCOMPARE(browser.searchProgress(), QStringLiteral("Searching…"));
+        browser.setFilter(QStringLiteral("zz"));
+        QCOMPARE(browser.searchProgress(), QStringLiteral("Searching 3 of 5…"));
+        QTest::qWait(200); // the next page's request lands before the browser goes
+    }
+
     // A like shows at once in every list that holds the song, reaches Spotify and the memory, and
     // an unlike leaves the artist's liked section at once.
     void likeUpdatesEveryList() {
