@@ -4,6 +4,7 @@
 // into the folder given, and the updates page of a build with an update feed
 // (settings-updates-feed.png) and with an update waiting (settings-updates-pending.png).
 #include "app/Updater.h"
+#include "core/ShotSession.h"
 #include "look/LookTypes.h"
 #include "settings/SettingsModel.h"
 #include "settings/SettingsPage.h"
@@ -11,20 +12,13 @@
 
 #include <QApplication>
 #include <QDir>
-#include <QEventLoop>
 #include <QQuickWindow>
 #include <QTemporaryDir>
-#include <QTimer>
 
 using namespace MirlPlayer;
+using MirlPlayer::ShotSession::settle;
 
 namespace {
-
-void settle(int ms) {
-    QEventLoop loop;
-    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
-    loop.exec();
-}
 
 QString fileName(SettingsPage page) {
     QString name = SettingsPages::title(page).toLower();
@@ -36,9 +30,7 @@ QString fileName(SettingsPage page) {
 int main(int argc, char* argv[]) {
     // Never the user's own settings: everything the window reads lives in a throwaway home.
     QTemporaryDir home;
-    for (const char* name :
-         {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
-        qputenv(name, home.filePath(QString::fromLatin1(name)).toUtf8());
+    ShotSession::usePrivateHome(home);
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("MIRL PRO"));

@@ -3,6 +3,7 @@
 // step after connecting the player, the visualizer step once the probe heard it. Needs a
 // display and the session's bus and PipeWire. Writes setup-<step>.png into the folder given.
 #include "core/Preferences.h"
+#include "core/ShotSession.h"
 #include "platform/linux/mpris/MprisPlayerBridge.h"
 #include "setup/SetupWindow.h"
 #include "setup/SystemSetup.h"
@@ -10,20 +11,13 @@
 #include <QApplication>
 #include <QDeadlineTimer>
 #include <QDir>
-#include <QEventLoop>
 #include <QMetaEnum>
 #include <QTemporaryDir>
-#include <QTimer>
 
 using namespace MirlPlayer;
+using MirlPlayer::ShotSession::settle;
 
 namespace {
-
-void settle(int ms) {
-    QEventLoop loop;
-    QTimer::singleShot(ms, &loop, &QEventLoop::quit);
-    loop.exec();
-}
 
 // Runs the event loop until `done` holds or `ms` pass.
 bool waitFor(const std::function<bool()>& done, int ms) {
@@ -38,9 +32,7 @@ bool waitFor(const std::function<bool()>& done, int ms) {
 int main(int argc, char* argv[]) {
     // Never the user's own settings: everything the window reads lives in a throwaway home.
     QTemporaryDir home;
-    for (const char* name :
-         {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME"})
-        qputenv(name, home.filePath(QString::fromLatin1(name)).toUtf8());
+    ShotSession::usePrivateHome(home);
 
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("MIRL PRO"));
