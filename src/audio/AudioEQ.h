@@ -85,7 +85,7 @@ public:
     // ---- capture supervision (GUI thread; code in AudioEQCapture.cpp) ------------------------
 
     // How the player of a source is found: its pid while it runs, and its name for messages
-    // ("Spotify", "Apple Music", or the player's own name). Either may be unset.
+    // ("Spotify", the player's own name, or "your music player"). Either may be unset.
     struct PlayerLookup {
         std::function<std::optional<qint64>(Source)> pid;
         std::function<QString(Source)> displayName;

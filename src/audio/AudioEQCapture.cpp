@@ -44,7 +44,7 @@ QString AudioEQ::labelFor(Source source) const {
         if (!name.trimmed().isEmpty() && name != sourceRawValue(Source::music))
             return name;
     }
-    return QStringLiteral("Apple Music");
+    return QStringLiteral("your music player");
 }
 
 void AudioEQ::setCaptureBackend(CaptureBackend* backend) {

@@ -49,7 +49,7 @@ class PlayerState : public QObject {
 
 public:
     static inline const QString idleTitle = QStringLiteral("Nothing Playing");
-    static inline const QString idleArtist = QStringLiteral("Open Spotify or Apple Music");
+    static inline const QString idleArtist = QStringLiteral("Open Spotify or your music player");
     static inline const QString setupMessage =
         QStringLiteral("Finish setting up MIRL PRO first, then you can play music.");
     static constexpr double playHold = 0.9;

@@ -180,7 +180,7 @@ private Q_SLOTS:
             << QStringList{"Connecting to Spotify…", "Waiting for audio from Spotify…"};
         QTest::newRow("music part without a name")
             << "Music" << QString() << false << false
-            << QStringList{"Open Apple Music and play a song."};
+            << QStringList{"Open your music player and play a song."};
         QTest::newRow("music part named by its player")
             << "Music" << QStringLiteral("Lollypop") << true << true
             << QStringList{"Connecting to Lollypop…", "Waiting for audio from Lollypop…"};
@@ -272,7 +272,7 @@ private Q_SLOTS:
         // The change itself does not look for the new player; the next tick does.
         QCOMPARE(m_capture.count("audioObject"), 0);
         advance(AudioEQ::supervisorInterval);
-        QCOMPARE(lastStatus().text, QStringLiteral("Open Apple Music and play a song."));
+        QCOMPARE(lastStatus().text, QStringLiteral("Open your music player and play a song."));
     }
 
     void notWantingWaitsOutTheGraceUnlessToldToStopNow_data() {

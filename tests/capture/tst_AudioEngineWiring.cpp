@@ -160,7 +160,7 @@ private Q_SLOTS:
         m_state->publishSourceName(QStringLiteral("Music"));
         advance(0.1);
         QCOMPARE(m_engine->source(), Source::music);
-        QCOMPARE(m_settings->status(), QStringLiteral("Open Apple Music and play a song."));
+        QCOMPARE(m_settings->status(), QStringLiteral("Open your music player and play a song."));
     }
 
     void reportsReachTheStoresAndTheSettings() {

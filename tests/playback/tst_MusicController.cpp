@@ -68,7 +68,7 @@ private Q_SLOTS:
         const Snapshot mPlay = track(Source::music, "M", true);
         const Snapshot mPause = track(Source::music, "M", false);
         QTest::newRow("both empty") << false << noSpotify << noMusic << "Nothing Playing"
-                                    << "Open Spotify or Apple Music";
+                                    << "Open Spotify or your music player";
         QTest::newRow("preferred, Spotify empty")
             << true << noSpotify << mPlay << "Nothing playing in Spotify"
             << "Select a song above";

@@ -24,7 +24,7 @@ class StandInModel : public QObject {
     Q_PROPERTY(QString trackURI MEMBER m_trackURI NOTIFY trackURIChanged)
 public:
     QString m_title = QStringLiteral("Nothing Playing");
-    QString m_artist = QStringLiteral("Open Spotify or Apple Music");
+    QString m_artist = QStringLiteral("Open Spotify or your music player");
     QString m_album, m_sourceName, m_trackURI;
     bool m_isPlaying = false;
     double m_duration = 0;
