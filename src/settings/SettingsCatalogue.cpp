@@ -27,8 +27,6 @@ const QList<SettingsSearchResult>& writtenRows() {
         {"Position", P::appearance, "player", "notch right corner location"},
         {"Player background", P::appearance, "background",
          "glass transparent transparency translucent black solid frosted tint material liquid"},
-        {"Liquid Glass", P::appearance, "background",
-         "liquid glass native material refraction clear tinted"},
         {"Glass tint", P::appearance, "background",
          "transparency transparent see through opacity glass blur frosted tint solid clear"},
         {"Reflect visualizer colours", P::appearance, "reflection",
@@ -100,6 +98,10 @@ bool isResponseControl(const QString& key) {
 QList<SettingsSearchResult> build(const QString& vizID) {
     QList<SettingsSearchResult> all = writtenRows();
     all += controlRows(vizID);
+    // A result must lead to a choice that is on screen, and not every build offers liquid glass.
+    if (availableBackgrounds().contains(PlayerBackground::liquid))
+        all.append({title(PlayerBackground::liquid), P::appearance, QStringLiteral("background"),
+                    QStringLiteral("liquid glass native material refraction clear tinted")});
     for (VizStyle s : VizStyles::all())
         all.append({VizStyles::title(s), P::visualizer, QStringLiteral("style"),
                     QStringLiteral("visualizer spectrum")});

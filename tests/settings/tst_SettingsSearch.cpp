@@ -28,6 +28,8 @@ void tst_SettingsSearch::search_data() {
     QTest::newRow("keyword") << bars << "transparency"
                              << QStringList{"Player background", "Glass tint"};
     QTest::newRow("two words") << bars << "blade runner" << QStringList{"Control style"};
+    QTest::newRow("a material not offered here")
+        << bars << "liquid" << QStringList{"Player background"};
     QTest::newRow("sign in") << bars << "sign in" << QStringList{"Spotify account"};
     QTest::newRow("across pages, in order") << bars << "glass blur" << QStringList{"Glass tint"};
     QTest::newRow("case and accents") << bars << "  GLÀSS   BLUR " << QStringList{"Glass tint"};
