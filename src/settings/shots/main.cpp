@@ -3,8 +3,8 @@
 // virtual screen. Writes settings-<page>.png, settings-spotify-guide.png and settings-search.png
 // into the folder given, and the updates page of a build with an update feed
 // (settings-updates-feed.png) and with an update waiting (settings-updates-pending.png).
+#include "app/ShotApplication.h"
 #include "app/Updater.h"
-#include "core/ShotSession.h"
 #include "look/LookTypes.h"
 #include "settings/SettingsModel.h"
 #include "settings/SettingsPage.h"
@@ -13,10 +13,8 @@
 #include <QApplication>
 #include <QDir>
 #include <QQuickWindow>
-#include <QTemporaryDir>
 
 using namespace MirlPlayer;
-using MirlPlayer::ShotSession::settle;
 
 namespace {
 
@@ -28,13 +26,7 @@ QString fileName(SettingsPage page) {
 } // namespace
 
 int main(int argc, char* argv[]) {
-    // Never the user's own settings: everything the window reads lives in a throwaway home.
-    QTemporaryDir home;
-    ShotSession::usePrivateHome(home);
-
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("MIRL PRO"));
-    const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QDir::currentPath();
+    ShotApplication app(argc, argv);
     registerLookTypes();
 
     SettingsWindow settings(QStringLiteral("0.1.0 (?)"));
@@ -44,23 +36,22 @@ int main(int argc, char* argv[]) {
     int failures = 0;
     for (SettingsPage page : SettingsPages::all()) {
         settings.model()->setSelection(int(page));
-        settle(400);
-        if (!settings.window()->grabWindow().save(QDir(out).filePath(fileName(page))))
+        ShotApplication::settle(400);
+        if (!settings.window()->grabWindow().save(app.path(fileName(page))))
             ++failures;
     }
     // The Spotify setup guide, as "Show step-by-step setup" opens it.
     settings.model()->setSelection(int(SettingsPage::spotify));
-    settle(200);
+    ShotApplication::settle(200);
     if (QObject* guide = settings.window()->findChild<QObject*>(QStringLiteral("showGuide")))
         QMetaObject::invokeMethod(guide, "clicked");
-    settle(400);
+    ShotApplication::settle(400);
     if (!settings.window()->grabWindow().save(
-            QDir(out).filePath(QStringLiteral("settings-spotify-guide.png"))))
+            app.path(QStringLiteral("settings-spotify-guide.png"))))
         ++failures;
     settings.model()->setSearch(QStringLiteral("glass"));
-    settle(400);
-    if (!settings.window()->grabWindow().save(
-            QDir(out).filePath(QStringLiteral("settings-search.png"))))
+    ShotApplication::settle(400);
+    if (!settings.window()->grabWindow().save(app.path(QStringLiteral("settings-search.png"))))
         ++failures;
 
     // As a build with an update feed shows it; its first check would come a minute later, long
@@ -68,18 +59,20 @@ int main(int argc, char* argv[]) {
     settings.model()->setSearch({});
     settings.model()->setSelection(int(SettingsPage::updates));
     Updater& updater = Updater::shared();
-    updater.start(UpdateConfig{QUrl(QStringLiteral("https://updates.invalid/appcast.xml")),
-                               QByteArray(32, 1)});
-    settle(400);
+    UpdateConfig feed;
+    feed.feedURL = QUrl(QStringLiteral("https://updates.invalid/appcast.xml"));
+    feed.publicKey = QByteArray(32, 1);
+    updater.start(feed);
+    ShotApplication::settle(400);
     if (!settings.window()->grabWindow().save(
-            QDir(out).filePath(QStringLiteral("settings-updates-feed.png"))))
+            app.path(QStringLiteral("settings-updates-feed.png"))))
         ++failures;
     AppcastItem waiting;
     waiting.version = QStringLiteral("0.2.0");
     updater.willHandleShowingUpdate(false, waiting, false);
-    settle(400);
+    ShotApplication::settle(400);
     if (!settings.window()->grabWindow().save(
-            QDir(out).filePath(QStringLiteral("settings-updates-pending.png"))))
+            app.path(QStringLiteral("settings-updates-pending.png"))))
         ++failures;
     return failures;
 }
