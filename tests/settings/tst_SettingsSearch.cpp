@@ -11,6 +11,20 @@
 
 using namespace MirlPlayer;
 
+namespace {
+
+// A settings model over a fresh preferences file.
+struct ModelWorld {
+    QTemporaryDir home;
+    Preferences prefs{home.filePath(QStringLiteral("p.conf"))};
+    ManualClock clock;
+    Theme theme{prefs, clock};
+    VizConfig viz{prefs, clock};
+    SettingsModel model{theme, viz, prefs};
+};
+
+} // namespace
+
 class tst_SettingsSearch : public QObject {
     Q_OBJECT
 private Q_SLOTS:
@@ -56,12 +70,8 @@ void tst_SettingsSearch::search() {
 }
 
 void tst_SettingsSearch::openResultGoesToTheAnchor() {
-    QTemporaryDir home;
-    Preferences prefs(home.filePath(QStringLiteral("p.conf")));
-    ManualClock clock;
-    Theme theme(prefs, clock);
-    VizConfig viz(prefs, clock);
-    SettingsModel model(theme, viz, prefs);
+    ModelWorld world;
+    SettingsModel& model = world.model;
     model.setProperty("reflectionTuning", true);
     model.setSearch(QStringLiteral("smoothing"));
     QVERIFY(model.searching());
@@ -78,12 +88,8 @@ void tst_SettingsSearch::openResultGoesToTheAnchor() {
 }
 
 void tst_SettingsSearch::openPageIgnoresUnknownNames() {
-    QTemporaryDir home;
-    Preferences prefs(home.filePath(QStringLiteral("p.conf")));
-    ManualClock clock;
-    Theme theme(prefs, clock);
-    VizConfig viz(prefs, clock);
-    SettingsModel model(theme, viz, prefs);
+    ModelWorld world;
+    SettingsModel& model = world.model;
     model.openPage(QStringLiteral("Spotify"));
     QCOMPARE(model.selection(), int(SettingsPage::spotify));
     model.openPage(QStringLiteral("Nowhere"));
