@@ -288,6 +288,8 @@ private Q_SLOTS:
         const int before = changes;
         const qint64 player = m_session->startTone(550); // a child of this process
         QTRY_VERIFY_WITH_TIMEOUT(changes > before, 5000);
+        // The first change may be the player's client, before its stream is in the graph.
+        QTRY_VERIFY_WITH_TIMEOUT(capture.audioObject(player) != 0, 5000);
         // Every player descends from the first process, as this program does: no player's
         // parent. Nor are a pid that names nothing, or none.
         for (const qint64 pid : {qint64(1), qint64(4194000), qint64(-1)})
