@@ -15,22 +15,23 @@ MeshVertex vertex(QPointF p, MeshColour c) {
     return {float(p.x()), float(p.y()), byte(c.r), byte(c.g), byte(c.b), byte(c.a)};
 }
 
-// The outline of a rounded rectangle, clockwise from the top left corner: `segments` steps
-// per corner arc about the given corner centres.
-void outline(std::vector<QPointF>& out, const QRectF& r, double radius, int segments) {
+// The outline of a rounded rectangle, clockwise from the top left corner: the arc of each
+// corner by the directions in `arc` (a quarter turn, from pointing left to pointing up).
+void outline(std::vector<QPointF>& out, const QRectF& r, double radius,
+             const std::vector<QPointF>& arc) {
     out.clear();
     const QPointF centres[4] = {{r.left() + radius, r.top() + radius},
                                 {r.right() - radius, r.top() + radius},
                                 {r.right() - radius, r.bottom() - radius},
                                 {r.left() + radius, r.bottom() - radius}};
-    for (int corner = 0; corner < 4; ++corner) {
-        const double start = std::numbers::pi * (1.0 + 0.5 * corner);
-        for (int k = 0; k <= segments; ++k) {
-            const double a = start + 0.5 * std::numbers::pi * k / std::max(segments, 1);
-            out.emplace_back(centres[corner].x() + radius * std::cos(a),
-                             centres[corner].y() + radius * std::sin(a));
+    for (int corner = 0; corner < 4; ++corner)
+        for (const QPointF& d : arc) {
+            // A quarter turn per corner: (x, y) -> (-y, x).
+            QPointF turned = d;
+            for (int q = 0; q < corner; ++q)
+                turned = QPointF(-turned.y(), turned.x());
+            out.push_back(centres[corner] + turned * radius);
         }
-    }
 }
 
 } // namespace
@@ -57,8 +58,16 @@ void RoundedMesh::addRoundedRect(const QRectF& rect, double radius, double fring
     // Enough steps that the arc strays less than a tenth of a unit from the circle.
     const int segments =
         radius + h > 0.25 ? std::clamp(int(std::ceil(2 * std::sqrt(radius + h))), 1, 16) : 0;
-    outline(m_inner, inner, innerRadius, segments);
-    outline(m_outer, outer, radius + h, segments);
+    if (segments != m_segments || m_arc.empty()) {
+        m_segments = segments;
+        m_arc.clear();
+        for (int k = 0; k <= segments; ++k) {
+            const double a = std::numbers::pi * (1.0 + 0.5 * k / std::max(segments, 1));
+            m_arc.emplace_back(std::cos(a), std::sin(a));
+        }
+    }
+    outline(m_inner, inner, innerRadius, m_arc);
+    outline(m_outer, outer, radius + h, m_arc);
     if (bend) {
         for (std::size_t k = 0; k < m_inner.size(); ++k) {
             const std::size_t next = (k + 1) % m_inner.size();

@@ -44,6 +44,8 @@ private:
     std::vector<std::uint16_t> m_indices;
     std::vector<QPointF> m_inner;
     std::vector<QPointF> m_outer;
+    std::vector<QPointF> m_arc; // the corners' directions for `m_segments` steps
+    int m_segments = -1;
 };
 
 } // namespace MirlPlayer
