@@ -182,14 +182,27 @@ private Q_SLOTS:
         QCOMPARE(m_plays, QList<QString>());
     }
 
-    void theFilterFieldGivesTheKeyboardBackOnReturn() {
+    // The field is left by its keys; once it has given the keyboard back, Esc closes the library.
+    void theFilterFieldGivesTheKeyboardBack_data() {
+        QTest::addColumn<QStringList>("keys");
+        QTest::newRow("Return") << QStringList{QStringLiteral("Return")};
+        QTest::newRow("Esc clears, then leaves")
+            << QStringList{QStringLiteral("x"), QStringLiteral("Escape"), QStringLiteral("Escape")};
+    }
+    void theFilterFieldGivesTheKeyboardBack() {
+        QFETCH(QStringList, keys);
         QQuickItem* field = find(QStringLiteral("filterField"));
         QVERIFY(field && field->isVisible());
         click(field);
         QTRY_VERIFY(m_host->window()->isActive());
-        xdo({QStringLiteral("key"), QStringLiteral("Return")});
+        xdo(QStringList{QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("100")} +
+            keys);
         QTRY_VERIFY(!m_host->window()->isActive());
         QVERIFY(m_host->libraryOpen());
+        QCOMPARE(SpotifyBrowser::shared().filter(), QString());
+        xdo({QStringLiteral("key"), QStringLiteral("Escape")});
+        QTRY_VERIFY(!m_host->libraryOpen());
+        openLibrary(true);
     }
 
     void anIncompleteSetupOffersToFinishIt() {
