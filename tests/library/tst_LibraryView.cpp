@@ -1,6 +1,6 @@
 // The library in the panel on a private X server, against the fake Web API: opened from the card,
 // clicked, liked, its pins dragged, its place kept.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "core/Preferences.h"
 #include "library/LibraryModule.h"
 #include "library/LibraryScroll.h"
@@ -276,15 +276,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QGuiApplication app(argc, argv);
-    tst_LibraryView test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_LibraryView)
 
 #include "tst_LibraryView.moc"
