@@ -96,8 +96,12 @@ private Q_SLOTS:
                     QStringLiteral("saved_crawl_1.json"));
         auto memory = world.memory();
         SpotifyBrowser browser(*world.library, *memory, world.prefs, world.clock);
-        browser.openItem(
-            SpotifyItem{.id = "p1", .name = "P", .kind = "playlist", .uri = "spotify:playlist:p1"});
+        SpotifyItem playlist;
+        playlist.id = QStringLiteral("p1");
+        playlist.name = QStringLiteral("P");
+        playlist.kind = QStringLiteral("playlist");
+        playlist.uri = QStringLiteral("spotify:playlist:p1");
+        browser.openItem(playlist);
         QVERIFY(QTest::qWaitFor([&] { return browser.list()->count() == 3; }, 3000));
         QCOMPARE(browser.searchProgress(), QStringLiteral("Searching…"));
         browser.setFilter(QStringLiteral("zz"));
