@@ -127,11 +127,11 @@ void LibraryViewModel::playItem(const SpotifyItem& item, bool fromBrowser, const
     if (fromBrowser)
         selection = m_browser.selectionFor(item);
     try {
-        const QString owner = m_memory.data().owner;
-        if (!selection && context == u"liked" && !owner.isEmpty())
-            selection = SpotifyPlaybackSelection(item.uri, owner);
+        std::optional<QString> likedSongs; // the account's collection
+        if (context == u"liked" && !m_memory.data().owner.isEmpty())
+            likedSongs = m_memory.data().owner;
         if (!selection)
-            selection = SpotifyQueue::selectionOf(item);
+            selection = SpotifyQueue::selectionOf(item, likedSongs);
     } catch (const SpotifyFailure& failure) {
         setPlaybackError(failure.message);
         return;

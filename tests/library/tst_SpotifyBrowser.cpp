@@ -1,6 +1,7 @@
 #include "LibraryWorld.h"
 #include "library/ArtistPageModel.h"
 #include "library/LibraryModule.h"
+#include "library/LibraryViewModel.h"
 #include "library/SpotifyBrowser.h"
 
 #include <QQmlComponent>
@@ -132,6 +133,20 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitFor([&] { return browser.liked().size() == 2; }, 3000));
         QCOMPARE(names(*page.popularModel()), QStringList({"Fjord Light", "Café Lumière"}));
         QCOMPARE(names(*page.likedModel()), QStringList({"Café Lumière", "Northern Line"}));
+
+        // A click on a liked song plays it in Liked Songs, named on the card at once.
+        PointerGuard guard;
+        LibraryViewModel view(*world.library, browser, *memory, world.clock, guard);
+        view.doubleClickInterval = [] { return 0.0; };
+        std::optional<SpotifyPlaybackSelection> played;
+        view.play = [&](SpotifyPlaybackSelection selection) -> QCoro::Task<void> {
+            played = selection;
+            co_return;
+        };
+        view.rowClicked(page.likedModel(), 0, QStringLiteral("liked"));
+        QVERIFY(QTest::qWaitFor([&] { return played.has_value(); }, 1000));
+        QCOMPARE(played->contextURI, kOwner);
+        QCOMPARE(played->title, QStringLiteral("Café Lumière"));
 
         const SpotifyItem fjord = page.popular().first();
         browser.recordRecent(fjord);

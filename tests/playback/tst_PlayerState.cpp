@@ -10,18 +10,6 @@
 
 using namespace MirlPlayer;
 
-namespace {
-// The failure's sentence, or empty when the request went through.
-QCoro::Task<QString> failureOf(QCoro::Task<void> request) {
-    try {
-        co_await std::move(request);
-    } catch (const SpotifyFailure& failure) {
-        co_return failure.message;
-    }
-    co_return QString();
-}
-} // namespace
-
 class tst_PlayerState : public QObject {
     Q_OBJECT
 
