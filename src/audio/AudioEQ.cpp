@@ -43,6 +43,10 @@ AudioEQ::AudioEQ(Preferences& prefs, VizConfig& vizConfig, Clock& clock, const E
     // The switch is read on every block; the preferences live on the GUI thread, so the sample
     // side reads a copy that follows every change.
     m_matchLoudness = prefs.boolValue(matchLoudnessKey, true);
+    m_sampleQueue.sync([this] {
+        m_blocksIn =
+            std::make_unique<ThreadWake>(m_sampleQueue.context(), [this] { drainBlocks(); });
+    });
     connect(&prefs, &Preferences::changed, this, [this](const QString& key) {
         if (key == matchLoudnessKey)
             m_matchLoudness = m_prefs.boolValue(matchLoudnessKey, true);
@@ -58,6 +62,7 @@ AudioEQ::~AudioEQ() {
         m_backend->setBlockHandler(nullptr);
         m_backend->setEndedHandler(nullptr);
     }
+    m_sampleQueue.sync([this] { m_blocksIn.reset(); });
 }
 
 const EQTuning& AudioEQ::tuning() const {

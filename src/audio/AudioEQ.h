@@ -1,6 +1,7 @@
 #pragma once
 
 #include "audio/AudioFormat.h"
+#include "audio/BlockRing.h"
 #include "audio/CaptureTimer.h"
 #include "audio/EQTuning.h"
 #include "audio/LoudnessMatcher.h"
@@ -198,6 +199,9 @@ private:
     void deliverLevels(const LevelsFrame& frame);
     void deliverStereo(const StereoFrame& frame);
 
+    // Sample queue: analyses the blocks the capture gathered.
+    void drainBlocks();
+
     // Capture side (AudioEQCapture.cpp).
     void startTap(qint64 pid);
     void fail(qint64 pid, const QString& what, int code);
@@ -256,7 +260,7 @@ private:
     MainThreadHandoff<LevelsFrame> m_levelsOut;
     MainThreadHandoff<StereoFrame> m_stereoOut;
     // One wake-up per block that published anything, whichever of the two it made.
-    MainThreadWake m_wake;
+    ThreadWake m_wake;
     bool m_wakeDue = false; // sample queue: something was published in this block
 
     // Capture supervision, GUI side.
@@ -277,6 +281,10 @@ private:
 
     // Last, so that it stops first: no block runs while the members above are destroyed.
     SerialQueue m_sampleQueue;
+    // Blocks from the capture's real-time thread; they wake the sample queue once enough of them
+    // arrived. The wake lives on the sample queue and is made and destroyed there.
+    BlockRing m_blocks;
+    std::unique_ptr<ThreadWake> m_blocksIn;
 };
 
 } // namespace MirlPlayer

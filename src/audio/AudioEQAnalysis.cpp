@@ -547,6 +547,7 @@ void AudioEQ::analyzeStereo(double now) {
 
 void AudioEQ::captureReset() {
     m_captureGeneration = QUuid::createUuid();
+    m_blocks.clear(); // the capture is gone: what it left waiting is not analysed
     m_loudness.reset();
     m_tapASBD.reset();
     m_buf.clear();

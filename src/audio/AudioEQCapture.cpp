@@ -47,6 +47,12 @@ QString AudioEQ::labelFor(Source source) const {
     return QStringLiteral("your music player");
 }
 
+void AudioEQ::drainBlocks() {
+    m_blocks.drain([this](const BlockRing::Slot& slot) {
+        processBlock(slot.samples.data(), slot.frames, tapFormatOf(slot.format));
+    });
+}
+
 void AudioEQ::setCaptureBackend(CaptureBackend* backend) {
     if (m_backend == backend)
         return;
@@ -60,11 +66,14 @@ void AudioEQ::setCaptureBackend(CaptureBackend* backend) {
     m_backend = backend;
     if (!m_backend)
         return;
-    // Blocks arrive on the backend's own thread and are analysed in order on the sample queue.
-    m_backend->setBlockHandler([this](CaptureBlock&& block) {
-        m_sampleQueue.async([this, block = std::move(block)] {
-            processBlock(block.samples.data(), block.frames, tapFormatOf(block.format));
-        });
+    // Blocks arrive on the backend's real-time thread and are analysed in order on the sample
+    // queue. Levels are due at most every `emitInterval`, so the queue is woken once that much
+    // audio has arrived, not for every block; a shown stereo view wants each block at once.
+    m_backend->setBlockHandler([this](const CaptureBlock& block) {
+        const double wakeSeconds =
+            m_stereoWanted.load(std::memory_order_relaxed) ? 0.0 : emitInterval;
+        if (m_blocks.push(block, std::size_t(block.format.sampleRate * wakeSeconds)))
+            m_blocksIn->wake();
     });
     QPointer<AudioEQ> self(this);
     m_backend->setEndedHandler([self](quint64 captureID) {

@@ -15,7 +15,7 @@ namespace MirlPlayer {
 // Carries the newest value of T from one producer thread to the GUI thread without allocating
 // or blocking on the producer's side: the producer fills a preallocated slot and publishes it
 // with one atomic exchange (a triple buffer); the GUI thread takes the newest slot when a
-// MainThreadWake calls it. A value that a newer one overtook before the GUI thread ran is
+// ThreadWake calls it. A value that a newer one overtook before the GUI thread ran is
 // skipped: only the newest matters to a display.
 template <typename T> class MainThreadHandoff {
 public:
@@ -56,28 +56,29 @@ private:
     int m_front = 2;              // consumer's
 };
 
-// Wakes the GUI thread from a producer thread through an eventfd, at most once until the GUI
-// thread has run: the producer publishes everything a block yields and then wakes once, so
-// values made together cost one wake-up. `onWake` runs in the context of `owner`, so nothing
-// arrives once the owner is gone.
-class MainThreadWake {
+// Wakes the thread of `owner` (the GUI thread, or a serial queue's) from a producer thread
+// through an eventfd, at most once until that thread has run: the producer publishes everything
+// a block yields and then wakes once, so values made together cost one wake-up. Waking is safe
+// on a real-time thread: no lock, no allocation. `onWake` runs in the context of `owner`, so
+// nothing arrives once the owner is gone.
+class ThreadWake {
 public:
-    MainThreadWake(QObject* owner, std::function<void()> onWake)
+    ThreadWake(QObject* owner, std::function<void()> onWake)
         : m_onWake(std::move(onWake))
         , m_fd(::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC)) {
         if (m_fd < 0)
-            qFatal("MainThreadWake: eventfd failed");
+            qFatal("ThreadWake: eventfd failed");
         // The notifier lives on the owner's thread, which is where values are delivered.
         m_notifier = std::make_unique<QSocketNotifier>(m_fd, QSocketNotifier::Read);
         m_notifier->moveToThread(owner->thread());
         QObject::connect(m_notifier.get(), &QSocketNotifier::activated, owner, [this] { run(); });
     }
-    ~MainThreadWake() {
+    ~ThreadWake() {
         m_notifier.reset();
         ::close(m_fd);
     }
-    MainThreadWake(const MainThreadWake&) = delete;
-    MainThreadWake& operator=(const MainThreadWake&) = delete;
+    ThreadWake(const ThreadWake&) = delete;
+    ThreadWake& operator=(const ThreadWake&) = delete;
 
     // Producer.
     void wake() {
@@ -87,7 +88,7 @@ public:
         [[maybe_unused]] const auto written = ::write(m_fd, &one, sizeof one);
     }
 
-    // GUI thread. The wake-up is drained and cleared before the values are looked at, so that
+    // Owner's thread. The wake-up is drained and cleared before the values are looked at, so that
     // a value published meanwhile is either taken now or wakes the thread again.
     void run() {
         quint64 count = 0;

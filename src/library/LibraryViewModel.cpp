@@ -11,6 +11,9 @@
 
 #include <QCursor>
 #include <QGuiApplication>
+#include <QKeyEvent>
+#include <QQuickItem>
+#include <QQuickWindow>
 #include <QStyleHints>
 
 namespace MirlPlayer {
@@ -124,11 +127,11 @@ void LibraryViewModel::playItem(const SpotifyItem& item, bool fromBrowser, const
     if (fromBrowser)
         selection = m_browser.selectionFor(item);
     try {
-        const QString owner = m_memory.data().owner;
-        if (!selection && context == u"liked" && !owner.isEmpty())
-            selection = SpotifyPlaybackSelection(item.uri, owner);
+        std::optional<QString> likedSongs; // the account's collection
+        if (context == u"liked" && !m_memory.data().owner.isEmpty())
+            likedSongs = m_memory.data().owner;
         if (!selection)
-            selection = SpotifyQueue::selectionOf(item);
+            selection = SpotifyQueue::selectionOf(item, likedSongs);
     } catch (const SpotifyFailure& failure) {
         setPlaybackError(failure.message);
         return;
@@ -230,6 +233,32 @@ void LibraryViewModel::playerHover(const QPointF& screenPointer) {
 void LibraryViewModel::playerHoverEnded() {
     m_returnToPlayer.stop();
     m_playerIntent.waitingForExit = false;
+}
+
+void LibraryViewModel::setWindow(QWindow* window) {
+    if (m_window == window)
+        return;
+    if (m_window)
+        m_window->removeEventFilter(this);
+    m_window = window;
+    if (window)
+        window->installEventFilter(this);
+    Q_EMIT windowChanged();
+}
+
+bool LibraryViewModel::eventFilter(QObject* watched, QEvent* event) {
+    if (watched != m_window || event->type() != QEvent::KeyPress)
+        return false;
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (key->key() != Qt::Key_Escape || key->modifiers() != Qt::NoModifier)
+        return false;
+    // A field that takes typed text answers Esc itself: it empties first, then lets go.
+    const auto* quick = qobject_cast<QQuickWindow*>(m_window.data());
+    const QQuickItem* focused = quick ? quick->activeFocusItem() : nullptr;
+    if (focused && focused->flags().testFlag(QQuickItem::ItemAcceptsInputMethod))
+        return false;
+    Q_EMIT closeRequested();
+    return true;
 }
 
 void LibraryViewModel::disappear() {

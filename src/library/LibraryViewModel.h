@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QRectF>
 #include <QTimer>
+#include <QWindow>
 #include <QtQml/qqmlregistration.h>
 #include <functional>
 
@@ -44,6 +45,7 @@ class LibraryViewModel : public QObject {
     Q_PROPERTY(bool justConnected READ justConnected NOTIFY accountChanged)
     Q_PROPERTY(QString banner READ banner NOTIFY bannerChanged)
     Q_PROPERTY(QString bannerAction READ bannerAction NOTIFY bannerChanged)
+    Q_PROPERTY(QWindow* window READ window WRITE setWindow NOTIFY windowChanged)
 
 public:
     explicit LibraryViewModel(QObject* parent = nullptr);
@@ -69,6 +71,11 @@ public:
     // "Finish setup" when the setup is incomplete, "Reconnect" when liking lacks the permission.
     QString banner() const;
     QString bannerAction() const;
+    // The window the view stands in. Esc pressed there returns to the player, unless a text
+    // field has the keyboard. It is heard on the window itself, since the panel gives the
+    // keyboard back once a field is done, and no item then has the focus to hear it.
+    QWindow* window() const { return m_window; }
+    void setWindow(QWindow* window);
 
     // A click on a song row of `model`. `context` is the list it plays in: empty for the browser's
     // own list, "liked" for an artist's liked songs (played in the account's Liked Songs).
@@ -118,8 +125,12 @@ Q_SIGNALS:
     void pendingClickChanged();
     void accountChanged();
     void bannerChanged();
+    void windowChanged();
     // The user asked to go back to the player.
     void closeRequested();
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void playPending();
@@ -154,6 +165,7 @@ private:
 
     HoverIntent m_playerIntent;
     QTimer m_returnToPlayer;
+    QPointer<QWindow> m_window;
 };
 
 } // namespace MirlPlayer

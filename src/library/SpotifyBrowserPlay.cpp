@@ -2,6 +2,7 @@
 // after it in that list.
 #include "library/SpotifyBrowser.h"
 #include "library/SpotifyMemory.h"
+#include "playback/SpotifyQueue.h"
 #include "spotify/SpotifyError.h"
 
 namespace MirlPlayer {
@@ -18,10 +19,7 @@ SpotifyBrowser::selectionFor(const SpotifyItem& item) const {
              !m_memory.data().owner.isEmpty())
         context = m_memory.data().owner; // the account's collection
     try {
-        SpotifyPlaybackSelection selection(item.uri, context);
-        selection.title = item.name;
-        selection.artist = item.subtitle;
-        selection.album = item.albumURI;
+        SpotifyPlaybackSelection selection = SpotifyQueue::selectionOf(item, context);
         const qsizetype at = std::find_if(m_items.cbegin(), m_items.cend(),
                                           [&](const SpotifyItem& i) { return i.id == item.id; }) -
                              m_items.cbegin();

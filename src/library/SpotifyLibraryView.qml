@@ -18,6 +18,7 @@ Item {
         id: rules
         objectName: "libraryRules"
         player: library.player
+        window: library.Window.window // Esc anywhere in it returns to the player
         onCloseRequested: if (library.panel) library.panel.requestLibrary(false)
     }
 
@@ -34,9 +35,6 @@ Item {
         rules.disappear()
         SpotifyBrowser.disappear()
     }
-    // Esc returns to the player from anywhere, unless a text field holds the keyboard.
-    Keys.onEscapePressed: rules.closeRequested()
-    focus: true
 
     Item {
         id: signedIn

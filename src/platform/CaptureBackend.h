@@ -4,7 +4,6 @@
 #include <QtGlobal>
 #include <functional>
 #include <variant>
-#include <vector>
 
 namespace MirlPlayer {
 
@@ -24,12 +23,13 @@ struct CaptureFormat {
     bool operator==(const CaptureFormat&) const = default;
 };
 
-// One block of samples copied out of the audio system's callback, so the consumer may keep it.
-// `samples` holds frames * channels floats, interleaved.
+// One block of samples as the audio system hands it over: `samples` holds frames * channels
+// floats, interleaved, and is valid only during the call that passes it. Whoever keeps samples
+// copies them.
 struct CaptureBlock {
     CaptureFormat format;
     quint32 frames = 0;
-    std::vector<float> samples;
+    const float* samples = nullptr;
 };
 
 // The seam to the operating system's per-application audio capture. Everything except the
@@ -52,7 +52,7 @@ public:
     };
     using StartResult = std::variant<Started, Failure>;
 
-    using BlockHandler = std::function<void(CaptureBlock&& block)>;
+    using BlockHandler = std::function<void(const CaptureBlock& block)>;
     using EndedHandler = std::function<void(quint64 captureID)>;
     using ChangedHandler = std::function<void()>;
 
@@ -66,7 +66,7 @@ public:
     virtual quint64 audioObject(qint64 pid) = 0;
 
     // Captures `object` alone: the process stays audible, and the capture never falls back to
-    // another source. Blocks go to the block handler on the backend's own thread.
+    // another source. Blocks go to the block handler on the backend's real-time thread.
     virtual StartResult startCapture(quint64 object) = 0;
 
     // Stops and removes the capture and everything created for it. Ignores every error.
@@ -80,7 +80,8 @@ public:
     // Whether the audio system can be reached at all; false when no sound server runs.
     virtual bool reachable() { return true; }
 
-    // Called on the backend's thread with each block of a running capture.
+    // Called on the backend's real-time thread with each block of a running capture: the handler
+    // must neither block nor allocate, or the audio system's whole graph waits for it.
     void setBlockHandler(BlockHandler handler) { m_blockHandler = std::move(handler); }
     // Called on the backend's thread, at most once per capture, when a capture ended by itself
     // because the captured object went away. The capture delivers nothing more afterwards.
@@ -90,9 +91,9 @@ public:
     void setChangedHandler(ChangedHandler handler) { m_changedHandler = std::move(handler); }
 
 protected:
-    void deliverBlock(CaptureBlock&& block) const {
+    void deliverBlock(const CaptureBlock& block) const {
         if (m_blockHandler)
-            m_blockHandler(std::move(block));
+            m_blockHandler(block);
     }
     void deliverEnded(quint64 captureID) const {
         if (m_endedHandler)

@@ -6,6 +6,7 @@
 #include "spotify/SpotifyError.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace MirlPlayer {
 
@@ -17,10 +18,10 @@ PlayerState::PlayerState(PlayerBridge* bridge, Clock& clock, QObject* parent)
     , m_anchorTime(clock.now()) {
     m_interpTimer.setInterval(int(positionTickInterval * 1000));
     connect(&m_interpTimer, &QTimer::timeout, this, &PlayerState::tickPosition);
-    m_eqTimer.setInterval(int(fadeTickInterval * 1000));
+    m_eqTimer.setSingleShot(true);
     connect(&m_eqTimer, &QTimer::timeout, this, [this] {
-        if (!tickFade())
-            m_eqTimer.stop();
+        if (tickFade())
+            armFade();
     });
 }
 
@@ -73,7 +74,18 @@ void PlayerState::noteLevels(const QList<double>& levels) {
     m_eqStore.setLevels(levels);
     // When the deliveries stop, the fade takes over from here.
     if (m_needsAudio && !m_eqTimer.isActive())
-        m_eqTimer.start();
+        armFade();
+}
+
+void PlayerState::armFade() {
+    // While levels arrive the fade is held off, so the timer waits out the hold-off from the
+    // latest delivery instead of ticking through it: a playing track wakes it a few times a
+    // second, not thirty.
+    const double sinceAudio = m_time.now() - m_lastAudioAt;
+    const double wait = sinceAudio < LevelsStore::fadeHoldoff
+                            ? LevelsStore::fadeHoldoff - sinceAudio
+                            : fadeTickInterval;
+    m_eqTimer.start(std::max(1, int(std::ceil(wait * 1000))));
 }
 
 void PlayerState::setNeedsAudio(bool needsAudio) {
@@ -81,7 +93,7 @@ void PlayerState::setNeedsAudio(bool needsAudio) {
         return;
     m_needsAudio = needsAudio;
     if (needsAudio && !m_eqTimer.isActive())
-        m_eqTimer.start();
+        armFade();
 }
 
 bool PlayerState::tickFade() {

@@ -120,9 +120,12 @@ public:
     // Whether anything on screen shows levels; the idle fade runs only then.
     void setNeedsAudio(bool needsAudio);
     // One step of the idle fade (1/30 s); returns whether the fade needs further steps. The
-    // timer runs only while a fade can still move the levels.
+    // timer runs only while a fade can still move the levels, and while live levels hold the
+    // fade off it waits for the hold-off to pass rather than ticking.
     bool tickFade();
     bool fadeRunning() const { return m_eqTimer.isActive(); }
+    // When the fade's timer is due next, in seconds (its interval); meaningful while it runs.
+    double fadeWait() const { return m_eqTimer.interval() / 1000.0; }
 
     // Publication, compared before written. Used by the controller.
     void publishPlaying(bool value);
@@ -183,6 +186,8 @@ private:
     double m_anchorPos = 0;
     double m_anchorTime;
     void updatePositionTick();
+    // Starts the fade's timer for its next moment: the end of the hold-off, or the next step.
+    void armFade();
 
     QTimer m_interpTimer;
     QList<const QObject*> m_positionViewers;

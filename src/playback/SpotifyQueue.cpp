@@ -60,8 +60,9 @@ void SpotifyQueue::registerForQml() {
     qmlRegisterSingletonInstance("MirlPlayer.Playback", 1, 0, "SongQueue", &shared());
 }
 
-SpotifyPlaybackSelection SpotifyQueue::selectionOf(const SpotifyItem& item) {
-    SpotifyPlaybackSelection selection(item.uri);
+SpotifyPlaybackSelection SpotifyQueue::selectionOf(const SpotifyItem& item,
+                                                   const std::optional<QString>& context) {
+    SpotifyPlaybackSelection selection(item.uri, context);
     selection.title = item.name;
     if (!item.artistNames.isEmpty())
         selection.artist = item.artistNames.join(QStringLiteral(", "));

@@ -65,9 +65,13 @@ public:
     // queue page and the per-song queue buttons. Once, on the GUI thread, before loading QML.
     static void registerForQml();
 
-    // By default a song becomes a request with its own texts and its album as the context.
+    // By default a song becomes a request with its own texts and its album as the context. Not
+    // the browser's selection of the list it was picked from: the queue keeps songs, and it
+    // plays one when the song before it ends, while the browser may show another list by then.
     void setResolver(Resolver resolver) { m_resolver = std::move(resolver); }
-    static SpotifyPlaybackSelection selectionOf(const SpotifyItem& item);
+    // A song's request with its texts for the card and its album; in `context` when given.
+    static SpotifyPlaybackSelection selectionOf(const SpotifyItem& item,
+                                                const std::optional<QString>& context = {});
 
     // Lets each applied snapshot of the player drive the queue, and the player's "next" ask it
     // first. Once per player.

@@ -24,8 +24,9 @@ AudioProbe::AudioProbe(std::unique_ptr<CaptureBackend> backend, PlayerProcess pl
 
     // The handlers run on the backend's thread; stop() tears the capture down before this
     // object goes, and no handler runs after that.
-    m_backend->setBlockHandler([this](CaptureBlock&& block) {
-        const float peak = blockPeak(block.samples.data(), block.samples.size());
+    m_backend->setBlockHandler([this](const CaptureBlock& block) {
+        const float peak =
+            blockPeak(block.samples, std::size_t(block.frames) * block.format.channels);
         float old = m_peak.load(std::memory_order_relaxed);
         while (peak > old && !m_peak.compare_exchange_weak(old, peak, std::memory_order_relaxed)) {
         }

@@ -4,7 +4,7 @@
 #include "app/StatusMenu.h"
 #include "core/Preferences.h"
 #include "fakes/FakePlayerBridge.h"
-#include "panel/X11TestSession.h"
+#include "panel/X11TestMain.h"
 
 #include <QApplication>
 #include <QMenu>
@@ -87,8 +87,10 @@ private Q_SLOTS:
         QTest::newRow("a build without updates") << std::function<void()>() << rows;
         QTest::newRow("updates set up") << std::function<void()>([this] {
             m_prefs.setValue(QStringLiteral("automaticallyChecksForUpdates"), false);
-            m_updater.start(UpdateConfig{
-                QUrl(QStringLiteral("https://updates.invalid/appcast.xml")), QByteArray(32, 1)});
+            UpdateConfig config;
+            config.feedURL = QUrl(QStringLiteral("https://updates.invalid/appcast.xml"));
+            config.publicKey = QByteArray(32, 1);
+            m_updater.start(config);
             m_item->rebuild();
         }) << withUpdateRow(QStringLiteral("Check for Updates…"));
         QTest::newRow("an update waits") << std::function<void()>([this] {
@@ -115,15 +117,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QApplication app(argc, argv);
-    tst_StatusItem test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_StatusItem, QApplication)
 
 #include "tst_StatusItem.moc"

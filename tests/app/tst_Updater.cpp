@@ -170,7 +170,10 @@ private Q_SLOTS:
         QTemporaryDir dir;
         Preferences prefs(dir.filePath(QStringLiteral("prefs.conf")));
         Updater updater(prefs);
-        updater.start(UpdateConfig{QUrl(feed), key});
+        UpdateConfig config;
+        config.feedURL = QUrl(feed);
+        config.publicKey = key;
+        updater.start(config);
         QVERIFY(!updater.available());
         QCOMPARE(updater.statusLine(), QStringLiteral("Updates aren't set up in this build."));
     }

@@ -59,7 +59,7 @@ public:
         CaptureBlock block;
         block.format = format;
         block.frames = quint32(interleaved.size() / format.channels);
-        block.samples = interleaved;
+        block.samples = interleaved.data();
         deliverBlock(std::move(block));
     }
     void end(quint64 id) { deliverEnded(id); }
@@ -354,10 +354,7 @@ private Q_SLOTS:
                 0.5f * float(std::sin(2.0 * std::numbers::pi * 440.0 * double(i) / 48000.0));
         m_clock.advance(5.0);
         m_capture.deliver(tone);
-        m_eq->sampleQueue().sync([] {});
-        for (int i = 0; i < 100 && lastStatus().text != u"Receiving audio from Spotify"; ++i)
-            QCoreApplication::processEvents();
-        QCOMPARE(lastStatus(), (Status{"Receiving audio from Spotify", false}));
+        QTRY_COMPARE(lastStatus(), (Status{"Receiving audio from Spotify", false}));
         m_clock.advance(5.0); // 10 s after the start, 5 s after the signal
         m_eq->refresh();
         QCOMPARE(lastStatus().text, QStringLiteral("Receiving audio from Spotify"));

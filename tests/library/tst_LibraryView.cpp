@@ -1,6 +1,6 @@
 // The library in the panel on a private X server, against the fake Web API: opened from the card,
 // clicked, liked, its pins dragged, its place kept.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "core/Preferences.h"
 #include "library/LibraryModule.h"
 #include "library/LibraryScroll.h"
@@ -182,14 +182,27 @@ private Q_SLOTS:
         QCOMPARE(m_plays, QList<QString>());
     }
 
-    void theFilterFieldGivesTheKeyboardBackOnReturn() {
+    // The field is left by its keys; once it has given the keyboard back, Esc closes the library.
+    void theFilterFieldGivesTheKeyboardBack_data() {
+        QTest::addColumn<QStringList>("keys");
+        QTest::newRow("Return") << QStringList{QStringLiteral("Return")};
+        QTest::newRow("Esc clears, then leaves")
+            << QStringList{QStringLiteral("x"), QStringLiteral("Escape"), QStringLiteral("Escape")};
+    }
+    void theFilterFieldGivesTheKeyboardBack() {
+        QFETCH(QStringList, keys);
         QQuickItem* field = find(QStringLiteral("filterField"));
         QVERIFY(field && field->isVisible());
         click(field);
         QTRY_VERIFY(m_host->window()->isActive());
-        xdo({QStringLiteral("key"), QStringLiteral("Return")});
+        xdo(QStringList{QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("100")} +
+            keys);
         QTRY_VERIFY(!m_host->window()->isActive());
         QVERIFY(m_host->libraryOpen());
+        QCOMPARE(SpotifyBrowser::shared().filter(), QString());
+        xdo({QStringLiteral("key"), QStringLiteral("Escape")});
+        QTRY_VERIFY(!m_host->libraryOpen());
+        openLibrary(true);
     }
 
     void anIncompleteSetupOffersToFinishIt() {
@@ -263,15 +276,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QGuiApplication app(argc, argv);
-    tst_LibraryView test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_LibraryView)
 
 #include "tst_LibraryView.moc"

@@ -1,6 +1,7 @@
 #include "LibraryWorld.h"
 #include "library/ArtistPageModel.h"
 #include "library/LibraryModule.h"
+#include "library/LibraryViewModel.h"
 #include "library/SpotifyBrowser.h"
 
 #include <QQmlComponent>
@@ -96,8 +97,12 @@ private Q_SLOTS:
                     QStringLiteral("saved_crawl_1.json"));
         auto memory = world.memory();
         SpotifyBrowser browser(*world.library, *memory, world.prefs, world.clock);
-        browser.openItem(
-            SpotifyItem{.id = "p1", .name = "P", .kind = "playlist", .uri = "spotify:playlist:p1"});
+        SpotifyItem playlist;
+        playlist.id = QStringLiteral("p1");
+        playlist.name = QStringLiteral("P");
+        playlist.kind = QStringLiteral("playlist");
+        playlist.uri = QStringLiteral("spotify:playlist:p1");
+        browser.openItem(playlist);
         QVERIFY(QTest::qWaitFor([&] { return browser.list()->count() == 3; }, 3000));
         QCOMPARE(browser.searchProgress(), QStringLiteral("Searching…"));
         browser.setFilter(QStringLiteral("zz"));
@@ -128,6 +133,20 @@ private Q_SLOTS:
         QVERIFY(QTest::qWaitFor([&] { return browser.liked().size() == 2; }, 3000));
         QCOMPARE(names(*page.popularModel()), QStringList({"Fjord Light", "Café Lumière"}));
         QCOMPARE(names(*page.likedModel()), QStringList({"Café Lumière", "Northern Line"}));
+
+        // A click on a liked song plays it in Liked Songs, named on the card at once.
+        PointerGuard guard;
+        LibraryViewModel view(*world.library, browser, *memory, world.clock, guard);
+        view.doubleClickInterval = [] { return 0.0; };
+        std::optional<SpotifyPlaybackSelection> played;
+        view.play = [&](SpotifyPlaybackSelection selection) -> QCoro::Task<void> {
+            played = selection;
+            co_return;
+        };
+        view.rowClicked(page.likedModel(), 0, QStringLiteral("liked"));
+        QVERIFY(QTest::qWaitFor([&] { return played.has_value(); }, 1000));
+        QCOMPARE(played->contextURI, kOwner);
+        QCOMPARE(played->title, QStringLiteral("Café Lumière"));
 
         const SpotifyItem fjord = page.popular().first();
         browser.recordRecent(fjord);

@@ -17,8 +17,9 @@ class tst_SpotifyMemory : public QObject {
         s.pages.insert(QStringLiteral("me/playlists?limit=30"),
                        {world.itemsOf(QStringLiteral("playlists.json")), std::nullopt, 2, 1.7e9});
         s.positions.insert(QStringLiteral("Playlists"), QStringLiteral("row:4"));
-        SpotifyRoute route{QStringLiteral("Salt Hours"),
-                           QStringLiteral("albums/5Z/tracks?limit=30")};
+        SpotifyRoute route;
+        route.title = QStringLiteral("Salt Hours");
+        route.path = QStringLiteral("albums/5Z/tracks?limit=30");
         route.image = QUrl(QStringLiteral("https://i.scdn.co/image/sh-640"));
         s.navigation = MemoryNavigation{QStringLiteral("Liked Songs"),
                                         {},

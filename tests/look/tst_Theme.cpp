@@ -210,7 +210,7 @@ private Q_SLOTS:
         QFETCH(double, blur);
         Fixture f;
         auto theme = f.theme();
-        theme->setCurrentGlassOpacity(slider); // the background is frosted
+        theme->setCurrentGlassOpacity(slider);                         // the background is frosted
         QCOMPARE(theme->frostedGlassOpacity(), std::min(slider, 1.0)); // stored clamped
         QVERIFY(near(theme->frostedDensity(), density, 1e-12));
         QVERIFY(near(theme->frostedBlurStrength(), blur, 1e-12));

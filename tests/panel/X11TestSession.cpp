@@ -159,6 +159,18 @@ ForeignWindow::ForeignWindow(QRect r, const Options& o) {
     XSync(m_display, False);
 }
 
+void ForeignWindow::setOpacity(unsigned long v) {
+    XChangeProperty(m_display, m_window, XInternAtom(m_display, "_NET_WM_WINDOW_OPACITY", False),
+                    XA_CARDINAL, 32, PropModeReplace, reinterpret_cast<const unsigned char*>(&v),
+                    1);
+    XSync(m_display, False);
+}
+
+void ForeignWindow::move(QPoint to) {
+    XMoveWindow(m_display, m_window, to.x(), to.y());
+    XSync(m_display, False);
+}
+
 void ForeignWindow::activate() {
     const Window w = m_window;
     XChangeProperty(m_display, DefaultRootWindow(m_display),

@@ -67,6 +67,8 @@ public:
     unsigned long id() const { return m_window; }
     // Makes this window the active one, as a window manager would.
     void activate();
+    void setOpacity(unsigned long opacity);
+    void move(QPoint to);
     ~ForeignWindow();
     ForeignWindow(const ForeignWindow&) = delete;
     ForeignWindow& operator=(const ForeignWindow&) = delete;

@@ -1,6 +1,7 @@
 // The window list of a real X server, as the placement heuristics read it.
 #include "X11TestMain.h"
 #include "panel/logic/WindowHeuristics.h"
+#include "platform/linux/x11/X11ChangeWatch.h"
 #include "platform/linux/x11/X11WindowFacts.h"
 
 #include <QGuiApplication>
@@ -11,7 +12,7 @@ using MirlPlayer::Test::ForeignWindow;
 using MirlPlayer::Test::RootProperty;
 
 namespace {
-std::optional<WindowRecord> foreign(X11WindowFacts& facts) {
+std::optional<WindowRecord> foreign(WindowFacts& facts) {
     const auto list = facts.onScreenWindows();
     if (!list)
         return std::nullopt;
@@ -21,6 +22,16 @@ std::optional<WindowRecord> foreign(X11WindowFacts& facts) {
     }
     return std::nullopt;
 }
+// Counts the reads that reach the X server.
+struct CountedFacts : WindowFacts {
+    X11WindowFacts inner;
+    int reads = 0;
+    std::optional<WindowList> onScreenWindows() override {
+        ++reads;
+        return inner.onScreenWindows();
+    }
+    qint64 ownPid() const override { return inner.ownPid(); }
+};
 } // namespace
 
 class tst_X11WindowFacts : public QObject {
@@ -137,6 +148,50 @@ private Q_SLOTS:
         QVERIFY(list);
         QCOMPARE(WindowHeuristics::menuBarHidden(*list, QRectF(0, 0, 1512, 982), facts.ownPid()),
                  hidden);
+    }
+
+    // The panel's tick reads the list twenty times a second: only an event of the X server may
+    // send it to the server again, and every change the list shows must come with one.
+    void watchedListIsReadAgainOnlyAfterAChange_data() {
+        QTest::addColumn<QString>("change");
+        QTest::addColumn<std::optional<QRectF>>("bounds");
+        QTest::addColumn<std::optional<double>>("alpha");
+        const QRectF at(10, 40, 300, 200);
+        QTest::newRow("moved") << "move" << std::optional(at.translated(90, 0))
+                               << std::optional<double>();
+        QTest::newRow("turned transparent") << "opacity" << std::optional(at) << std::optional(0.0);
+        QTest::newRow("gone") << "destroy" << std::optional<QRectF>() << std::optional<double>();
+    }
+    void watchedListIsReadAgainOnlyAfterAChange() {
+        QFETCH(QString, change);
+        QFETCH(std::optional<QRectF>, bounds);
+        QFETCH(std::optional<double>, alpha);
+        CountedFacts counted;
+        X11ChangeWatch watch;
+        QVERIFY(watch.watchesWindows());
+        counted.inner.setNewClientHook([&](quint32 client) { watch.watchWindow(client); });
+        WatchedWindowFacts watched(counted, watch);
+        std::optional<ForeignWindow> w(std::in_place, QRect(10, 40, 300, 200),
+                                       ForeignWindow::Options());
+        // Settle the events of the window's making, then read once.
+        QTest::qWait(200);
+        QVERIFY(foreign(watched));
+        QTest::qWait(200);
+        const int reads = counted.reads;
+        QVERIFY(foreign(watched));
+        QCOMPARE(counted.reads, reads);
+        if (change == u"move")
+            w->move(QPoint(100, 40));
+        else if (change == u"opacity")
+            w->setOpacity(0);
+        else if (change == u"destroy")
+            w.reset();
+        const auto shows = [&] {
+            const auto r = foreign(watched);
+            return (r ? r->bounds->rect() : std::nullopt) == bounds &&
+                   (r ? r->alpha : alpha) == alpha;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(shows(), 2000);
     }
 
     void anOverviewCoversTheWholeScreen() {

@@ -42,7 +42,7 @@ struct Collector {
     quint64 blocks = 0;
 
     void attach(CaptureBackend& backend) {
-        backend.setBlockHandler([this](CaptureBlock&& block) {
+        backend.setBlockHandler([this](const CaptureBlock& block) {
             std::lock_guard lock(mutex);
             ++blocks;
             if (formats.empty() || !(formats.back() == block.format))

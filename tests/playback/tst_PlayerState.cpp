@@ -10,18 +10,6 @@
 
 using namespace MirlPlayer;
 
-namespace {
-// The failure's sentence, or empty when the request went through.
-QCoro::Task<QString> failureOf(QCoro::Task<void> request) {
-    try {
-        co_await std::move(request);
-    } catch (const SpotifyFailure& failure) {
-        co_return failure.message;
-    }
-    co_return QString();
-}
-} // namespace
-
 class tst_PlayerState : public QObject {
     Q_OBJECT
 
@@ -199,9 +187,10 @@ private Q_SLOTS:
         QCOMPARE(rig.state.eqStore()->levels(), QList<double>(128, 0.05));
         QVERIFY(!rig.state.fadeRunning()); // nothing to do at start
 
-        rig.state.setNeedsAudio(true);
         rig.state.noteLevels(QList<double>(128, 0.8));
+        rig.state.setNeedsAudio(true);
         QVERIFY(rig.state.fadeRunning());
+        QCOMPARE(rig.state.fadeWait(), LevelsStore::fadeHoldoff); // not a tick per 1/30 s
         QCOMPARE(rig.state.lastAudioAt(), rig.clock.now());
         // Live audio holds the fade off.
         rig.clock.advance(0.2);

@@ -1,7 +1,7 @@
 // The settings window beside the real panel on a private X server, used with the pointer and
 // keyboard through xdotool: a look control redraws the panel while the user watches, requests
 // switch pages, and a search typed into the field takes the user to the setting.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "look/LookTypes.h"
 #include "look/ReduceTransparency.h"
 #include "look/Theme.h"
@@ -63,6 +63,7 @@ class tst_SettingsOnScreen : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
+        QQuickWindow::setDefaultAlphaBuffer(true); // before the first window
         QTest::failOnWarning(QRegularExpression(QStringLiteral("MirlPlayer/Settings")));
         registerLookTypes();
         Theme::shared().setBackgroundStyleID(QStringLiteral("solid"));
@@ -111,7 +112,7 @@ private Q_SLOTS:
     // the open window to it, any other request leaves the page as it is.
     void requestsSwitchToANamedPageOnly() {
         auto* viewport = m_settings->window()->findChild<QQuickItem*>("settingsViewport");
-        for (const QString& page : {"Visualizer", "Audio", "Updates & Feedback", "Spotify"}) {
+        for (const QString page : {"Visualizer", "Audio", "Updates & Feedback", "Spotify"}) {
             m_settings->open(page);
             QTest::qWait(50);
             QCOMPARE(m_settings->model()->headerTitle(), page);
@@ -145,16 +146,6 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession session;
-    if (!session.ok()) {
-        qWarning("no private X server: %s", qPrintable(session.error()));
-        return 1;
-    }
-    QQuickWindow::setDefaultAlphaBuffer(true);
-    QApplication app(argc, argv);
-    tst_SettingsOnScreen test;
-    return QTest::qExec(&test, argc, argv);
-}
+MIRL_X11_TEST_MAIN(tst_SettingsOnScreen, QApplication)
 
 #include "tst_SettingsOnScreen.moc"

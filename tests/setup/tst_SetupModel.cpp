@@ -21,8 +21,8 @@ public:
         return Started{{48000, 2, 32, true, true}, 1};
     }
     void teardown() override { capturing = false; }
-    void push(std::vector<float> samples) {
-        deliverBlock({{48000, 2, 32, true, true}, quint32(samples.size() / 2), std::move(samples)});
+    void push(const std::vector<float>& samples) {
+        deliverBlock({{48000, 2, 32, true, true}, quint32(samples.size() / 2), samples.data()});
     }
     bool capturing = false;
 };

@@ -1,7 +1,7 @@
 // The first start of the real program's session: a fresh preferences file on a private X server,
 // with the test environment's mpv on the session bus and PipeWire, led through the assistant to
 // the playing card.
-#include "X11TestSession.h"
+#include "X11TestMain.h"
 #include "app/DesktopSession.h"
 #include "app/FactoryPreferences.h"
 #include "audio/AudioCaptureSettings.h"
@@ -65,6 +65,17 @@ bool captureInGraph() {
 class tst_SetupWalkthrough : public QObject {
     Q_OBJECT
 private Q_SLOTS:
+    void initTestCase() {
+        // A fresh start: no preferences from an earlier run of this test (its home is private).
+        QDir(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME")) + QStringLiteral("/MIRL PRO"))
+            .removeRecursively();
+        QQuickWindow::setDefaultAlphaBuffer(true);
+        QApplication::setApplicationName(QStringLiteral("MIRL PRO"));
+        QApplication::setQuitOnLastWindowClosed(false);
+        seedFactoryPreferences(Preferences::shared(), QStringLiteral(SHIPPED_DEFAULTS));
+        registerLookTypes();
+    }
+
     void aFreshStartIsLedThroughSetupToThePlayingCard() {
         Preferences& prefs = Preferences::shared();
         QVERIFY(!prefs.contains("setupCompleted"));
@@ -130,28 +141,16 @@ private Q_SLOTS:
     }
 };
 
+// The test environment's bus, where mpv plays; the graphics are chosen before the application.
 int main(int argc, char** argv) {
-    MirlPlayer::Test::X11TestSession x11;
-    if (!x11.ok()) {
-        qWarning("no private X server: %s", qPrintable(x11.error()));
-        return 1;
-    }
-    if (!MirlTest::useTestEnv()) {
-        qWarning("no test environment");
-        return 1;
-    }
-    // A fresh start: no preferences from an earlier run of this test (its home is private).
-    QDir(QString::fromLocal8Bit(qgetenv("XDG_CONFIG_HOME")) + QStringLiteral("/MIRL PRO"))
-        .removeRecursively();
-    QQuickWindow::setDefaultAlphaBuffer(true);
-    requestVisualizerGraphics();
-    QApplication app(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("MIRL PRO"));
-    QApplication::setQuitOnLastWindowClosed(false);
-    seedFactoryPreferences(Preferences::shared(), QStringLiteral(SHIPPED_DEFAULTS));
-    registerLookTypes();
-    tst_SetupWalkthrough test;
-    return QTest::qExec(&test, argc, argv);
+    return MirlPlayer::Test::runOnPrivateX<tst_SetupWalkthrough, QApplication>(
+        argc, argv, MirlPlayer::Test::X11TestSession::Bus::inherited, [] {
+            requestVisualizerGraphics();
+            const bool env = MirlTest::useTestEnv();
+            if (!env)
+                qWarning("no test environment");
+            return env;
+        });
 }
 
 #include "tst_SetupWalkthrough.moc"

@@ -23,6 +23,7 @@ NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs
     , m_theme(theme) {
     m_windows.setOverviewSource([this] { return m_overview.active(); });
     m_watchedWindows.setExtraState([this] { return m_overview.active(); });
+    m_windows.setNewClientHook([this](quint32 client) { m_watch.watchWindow(client); });
     // The tick reads the pointer and the window list through the watch: no round trip to the X
     // server while it has reported nothing new.
     Pointer& pointer = m_backend == PanelBackend::xwayland

@@ -114,8 +114,8 @@ private:
     X11Pointer m_pointer;
     X11WindowFacts m_windows;
     X11ChangeWatch m_watch;
-    WatchedPointer m_watchedPointer{m_pointer, m_watch, [] { return Clock::system().now(); }};
-    WatchedWindowFacts m_watchedWindows{m_windows, m_watch, [] { return Clock::system().now(); }};
+    WatchedPointer m_watchedPointer{m_pointer, m_watch};
+    WatchedWindowFacts m_watchedWindows{m_windows, m_watch};
     GnomeShellOverview m_overview;
     PanelBackend m_backend = PanelBackendChoice::forThisProcess().backend;
     WindowEventPointer m_windowPointer{

@@ -3,7 +3,8 @@ import MirlPlayer.Visualizers
 
 // The tiny meter of the resting pill: four capsules for the four lowest bands, resting at a fifth
 // of the height in silence, easing to each new level over 0.1 s. The ease moves in whole device
-// pixels and only when one changes (PixelEase), so the meter draws no frame a pixel would not see.
+// pixels, on the frames the level arrays draw anyway, and rests on its target when it ends
+// (PixelEase), so the meter adds no frame of its own while the music moves it.
 Row {
     id: meter
     property var levels: []

@@ -7,13 +7,9 @@ namespace MirlPlayer {
 
 namespace {
 
-// Quadratic ease-out and its inverse: the share of the way done at a share of the time, and
-// the share of the time at which a share of the way is done.
+// Quadratic ease-out: the share of the way done at a share of the time.
 double easeOut(double t) {
     return 1 - (1 - t) * (1 - t);
-}
-double timeFor(double progress) {
-    return 1 - std::sqrt(std::max(0.0, 1 - progress));
 }
 
 } // namespace
@@ -64,16 +60,15 @@ void PixelEase::poll() {
         m_value = shown;
         Q_EMIT valueChanged();
     }
-    // The next moment the shown value changes: the ease reaches the rounding boundary past it.
-    const double direction = m_to > m_from ? 1 : -1;
-    const double boundary = shown + direction * m_step / 2;
-    m_moving =
-        m_to != m_from && (m_to - boundary) * direction >= 0 && now < m_startedAt + m_duration;
+    // Between targets the ease is not looked at: the next target comes with the next level array,
+    // when the scene draws anyway. Only its end is due on its own, so that it rests on the target.
+    const double endsAt = m_startedAt + m_duration;
+    m_moving = snapped(m_to) != shown && now < endsAt;
     if (!m_moving) {
         m_timer.stop();
         return;
     }
-    m_nextAt = m_startedAt + m_duration * timeFor((boundary - m_from) / (m_to - m_from));
+    m_nextAt = endsAt;
     m_timer.start(std::max(1, int(std::ceil((m_nextAt - now) * 1000))));
 }
 

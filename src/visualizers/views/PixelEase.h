@@ -8,9 +8,11 @@
 namespace MirlPlayer {
 
 // A number that eases to each new `target` over `duration` seconds (ease-out, quadratic), seen
-// only in whole `step`s (a device pixel): `value` changes only when the ease crosses a step, and
-// a timer wakes exactly for those moments. An ease that would not move a pixel neither wakes the
-// program nor draws a frame, where an animation would tick at the display's rate throughout.
+// only in whole `step`s (a device pixel) and only when a new target arrives or the ease ends:
+// its targets come with the level arrays, whose frames draw the scene anyway, so the ease moves
+// on those frames and adds one wake of its own, at its end. An ease that would not move a pixel
+// neither wakes the program nor draws a frame, where an animation would tick at the display's
+// rate throughout.
 class PixelEase : public QObject {
     Q_OBJECT
     Q_PROPERTY(double target READ target WRITE setTarget NOTIFY targetChanged)
@@ -30,7 +32,7 @@ public:
     void setClock(Clock& clock) { m_clock = &clock; }
     void poll();
     bool moving() const { return m_moving; }
-    // When the shown value changes next (the timer's due time); meaningful while moving.
+    // When the ease ends (the timer's due time); meaningful while moving.
     double nextChangeAt() const { return m_nextAt; }
 
 Q_SIGNALS:

@@ -10,6 +10,7 @@
 #include <spa/param/props.h>
 #include <spa/pod/builder.h>
 
+#include <atomic>
 #include <cerrno>
 
 Q_LOGGING_CATEGORY(lcPipeWire, "mirl.audio.pipewire")
@@ -51,10 +52,14 @@ struct PipeWireCapture::Impl {
     quint32 targetNode = 0;
     quint64 captureID = 0;
     quint64 captureCounter = 0;
-    bool ended = false;         // loop thread
-    CaptureFormat format;       // loop thread: negotiated format of the running stream
+    // Read by the process callback on the real-time data thread, written on the loop thread.
+    std::atomic<bool> ended{false};
+    // The negotiated format of the running stream, packed so that it is read in one go: the rate
+    // in the low 32 bits, the channel count above; 0 while there is no usable format.
+    std::atomic<quint64> format{0};
     bool reachedStream = false; // loop thread: the stream has been connected at least once
 
+    void dropStream(); // the loop lock is held
     void stopStream();
     void disconnect();
     void endCapture(const char* why);
@@ -62,12 +67,20 @@ struct PipeWireCapture::Impl {
     static const pw_stream_events streamEvents;
 };
 
+void PipeWireCapture::Impl::dropStream() {
+    // Disconnecting takes the node off the real-time data thread and waits until it is off; only
+    // then may the listener that thread calls go away.
+    if (stream)
+        pw_stream_disconnect(stream.get());
+    streamListener.remove();
+    stream.reset();
+}
+
 void PipeWireCapture::Impl::stopStream() {
     if (!connection.isOpen())
         return;
     LoopLock lock(connection.loop());
-    streamListener.remove();
-    stream.reset();
+    dropStream();
     targetNode = 0;
     captureID = 0;
 }
@@ -109,36 +122,38 @@ const pw_stream_events PipeWireCapture::Impl::streamEvents = [] {
         uint32_t mediaType = 0;
         uint32_t mediaSubtype = 0;
         spa_audio_info_raw info{};
-        self->format = {};
+        self->format = 0;
         if (spa_format_parse(param, &mediaType, &mediaSubtype) < 0 ||
             mediaType != SPA_MEDIA_TYPE_audio || mediaSubtype != SPA_MEDIA_SUBTYPE_raw ||
             spa_format_audio_raw_parse(param, &info) < 0)
             return;
         if (info.format == SPA_AUDIO_FORMAT_F32 && info.channels > 0 && info.rate > 0)
-            self->format = {double(info.rate), info.channels, 32, true, true};
+            self->format = quint64(info.rate) | quint64(info.channels) << 32;
     };
+    // Runs on PipeWire's real-time data thread (the stream is made with RT_PROCESS), so that a
+    // block costs no hop through the loop thread: it reads the buffer in place and hands it on.
     events.process = [](void* data) {
         auto* self = static_cast<Impl*>(data);
         pw_buffer* buffer = pw_stream_dequeue_buffer(self->stream.get());
         if (!buffer)
             return;
         const spa_buffer* spaBuffer = buffer->buffer;
-        if (!self->ended && self->format.usable() && spaBuffer && spaBuffer->n_datas > 0) {
+        const quint64 packed = self->format.load(std::memory_order_acquire);
+        const quint32 channels = quint32(packed >> 32);
+        if (!self->ended.load(std::memory_order_acquire) && channels > 0 && spaBuffer &&
+            spaBuffer->n_datas > 0) {
             const spa_data& plane = spaBuffer->datas[0];
             if (plane.data && plane.chunk) {
                 const quint32 offset = std::min(plane.chunk->offset, plane.maxsize);
                 const quint32 size = std::min(plane.chunk->size, plane.maxsize - offset);
-                const quint32 stride = self->format.channels * quint32(sizeof(float));
-                const quint32 frames = size / stride;
+                const quint32 frames = size / (channels * quint32(sizeof(float)));
                 if (frames > 0) {
-                    const auto* first = reinterpret_cast<const float*>(
-                        static_cast<const char*>(plane.data) + offset);
                     CaptureBlock block;
-                    block.format = self->format;
+                    block.format = {double(quint32(packed)), channels, 32, true, true};
                     block.frames = frames;
-                    block.samples.assign(first,
-                                         first + std::size_t(frames) * self->format.channels);
-                    self->owner->deliverBlock(std::move(block));
+                    block.samples = reinterpret_cast<const float*>(
+                        static_cast<const char*>(plane.data) + offset);
+                    self->owner->deliverBlock(block);
                 }
             }
         }
@@ -192,11 +207,10 @@ CaptureBackend::StartResult PipeWireCapture::startCapture(quint64 object) {
         return Failure{QStringLiteral("ConnectServer"), -errno};
     }
     LoopLock lock(d->connection.loop());
-    d->streamListener.remove();
-    d->stream.reset();
+    d->dropStream();
     d->ended = false;
     d->reachedStream = false;
-    d->format = {};
+    d->format = 0;
     d->targetNode = d->nodeBySerial.value(object, 0);
 
     const QByteArray serial = QByteArray::number(object);
@@ -223,9 +237,11 @@ CaptureBackend::StartResult PipeWireCapture::startCapture(quint64 object) {
     if (!params[0])
         return Failure{QStringLiteral("Unsupported audio format"), 0};
 
-    const int status = pw_stream_connect(
-        d->stream.get(), PW_DIRECTION_INPUT, PW_ID_ANY,
-        pw_stream_flags(PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS), params, 1);
+    const int status =
+        pw_stream_connect(d->stream.get(), PW_DIRECTION_INPUT, PW_ID_ANY,
+                          pw_stream_flags(PW_STREAM_FLAG_AUTOCONNECT | PW_STREAM_FLAG_MAP_BUFFERS |
+                                          PW_STREAM_FLAG_RT_PROCESS),
+                          params, 1);
     if (status < 0) {
         d->streamListener.remove();
         d->stream.reset();

@@ -2,7 +2,8 @@
 
 #include "platform/linux/x11/X11Connection.h"
 
-#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QScreen>
 
 #include <cstdlib>
 
@@ -16,17 +17,36 @@ using namespace X11;
 X11ChangeWatch::X11ChangeWatch() {
     xcb_connection_t* c = connection();
     // Only Qt's connection has a reader for the events; on a private one they would pile up.
-    if (!c || !sharedWithQt() || !QCoreApplication::instance())
+    if (!c || !sharedWithQt() || !qGuiApp)
         return;
-    const quint32 root = rootWindow();
+    const quint32 root = m_root = rootWindow();
+    const xcb_setup_t* setup = xcb_get_setup(c);
+    m_ownIdBase = setup->resource_id_base;
+    m_ownIdMask = setup->resource_id_mask;
 
     // Event masks are per client: add to what the connection already selects on the root.
+    // Motion and crossings on the root itself catch the warps that raw events miss.
     Reply<xcb_get_window_attributes_reply_t> attrs(
         xcb_get_window_attributes_reply(c, xcb_get_window_attributes(c, root), nullptr));
     const quint32 mask = (attrs ? attrs->your_event_mask : 0) | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY |
-                         XCB_EVENT_MASK_PROPERTY_CHANGE;
+                         XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_POINTER_MOTION |
+                         XCB_EVENT_MASK_ENTER_WINDOW | XCB_EVENT_MASK_LEAVE_WINDOW;
     xcb_change_window_attributes(c, root, XCB_CW_EVENT_MASK, &mask);
     m_windowEvents = true;
+    // The list's bounds and the display rectangle follow the screens.
+    const auto screensMoved = [this] { m_windowsChanged = true; };
+    const auto watchScreen = [this, screensMoved](QScreen* s) {
+        QObject::connect(s, &QScreen::geometryChanged, &m_screenWatch, screensMoved);
+    };
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &m_screenWatch,
+                     [screensMoved, watchScreen](QScreen* s) {
+                         watchScreen(s);
+                         screensMoved();
+                     });
+    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &m_screenWatch, screensMoved);
+    QObject::connect(qGuiApp, &QGuiApplication::primaryScreenChanged, &m_screenWatch, screensMoved);
+    for (QScreen* s : QGuiApplication::screens())
+        watchScreen(s);
 
     // Qt has agreed on XInput 2 with the server already when it uses it, and a server refuses a
     // client that then asks for a lower version: select at once, and only when that is refused
@@ -64,6 +84,17 @@ X11ChangeWatch::~X11ChangeWatch() {
         app->removeNativeEventFilter(this);
 }
 
+void X11ChangeWatch::watchWindow(quint32 window) {
+    xcb_connection_t* c = connection();
+    if (!m_windowEvents || !c || (window & ~m_ownIdMask) == m_ownIdBase)
+        return;
+    // Another client's window: this connection selects nothing else on it. A window that is
+    // gone by now makes an error, dropped here rather than reported to Qt.
+    const quint32 mask = XCB_EVENT_MASK_PROPERTY_CHANGE;
+    xcb_discard_reply(
+        c, xcb_change_window_attributes_checked(c, window, XCB_CW_EVENT_MASK, &mask).sequence);
+}
+
 bool X11ChangeWatch::takePointerChange() {
     const bool changed = m_pointerMoved || !m_pointerEvents;
     m_pointerMoved = false;
@@ -90,6 +121,13 @@ bool X11ChangeWatch::nativeEventFilter(const QByteArray& eventType, void* messag
             m_pointerMoved = true;
         break;
     }
+    case XCB_MOTION_NOTIFY:
+    case XCB_ENTER_NOTIFY:
+    case XCB_LEAVE_NOTIFY:
+        // Motion and crossing share the layout of their window fields.
+        if (static_cast<const xcb_motion_notify_event_t*>(message)->event == m_root)
+            m_pointerMoved = true;
+        break;
     case XCB_CREATE_NOTIFY:
     case XCB_DESTROY_NOTIFY:
     case XCB_MAP_NOTIFY:
@@ -108,23 +146,18 @@ bool X11ChangeWatch::nativeEventFilter(const QByteArray& eventType, void* messag
 }
 
 PointerReading WatchedPointer::read() {
-    const double now = m_now();
-    if (m_watch.takePointerChange() || !m_last || now - m_readAt >= maxAge) {
+    if (m_watch.takePointerChange() || !m_last)
         m_last = m_inner.read();
-        m_readAt = now;
-    }
     return *m_last;
 }
 
 std::optional<WindowList> WatchedWindowFacts::onScreenWindows() {
     const bool extra = m_extra && m_extra();
-    const double now = m_now();
     // Both marks are taken before the read, so a change during it asks again next time.
     const bool changed = m_watch.takeWindowChange();
-    if (changed || !m_last || extra != m_lastExtra || now - m_readAt >= maxAge) {
+    if (changed || !m_last || extra != m_lastExtra) {
         m_last = m_inner.onScreenWindows();
         m_lastExtra = extra;
-        m_readAt = now;
     }
     return m_last;
 }

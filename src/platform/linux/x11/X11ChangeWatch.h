@@ -4,6 +4,7 @@
 #include "platform/WindowFacts.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QObject>
 #include <functional>
 #include <optional>
 
@@ -11,10 +12,12 @@ namespace MirlPlayer {
 
 // Spares the panel's tick its X round trips while nothing can have changed. The X server says
 // when the pointer moves or a button goes (XInput 2 raw events on the root, which arrive
-// whatever window is under the pointer and through grabs) and when the window list may differ
-// (the root's substructure and properties); until then the last readings stand. Works on Qt's
-// own connection only, where Qt reads the events; elsewhere every reading asks the server as
-// before.
+// whatever window is under the pointer and through grabs; a warp by another program makes no
+// raw event, so the root's own motion and crossing events stand in for the warps that land on
+// or leave the bare desktop) and when the window list may differ (the root's substructure and
+// properties, the properties of every other client's window the list has shown, see
+// `watchWindow`, and Qt's screens); until then the last readings stand. Works on Qt's own
+// connection only, where Qt reads the events; elsewhere every reading asks the server as before.
 class X11ChangeWatch : private QAbstractNativeEventFilter {
 public:
     X11ChangeWatch();
@@ -28,6 +31,10 @@ public:
     // kind of change is not watched.
     bool takePointerChange();
     bool takeWindowChange();
+    // Asks for the property changes of a window of another client, so that a change of its
+    // state, opacity or struts marks the list. Called for each window when it first appears in
+    // the list, before its properties are read; this process's own windows are left alone.
+    void watchWindow(quint32 window);
 
 private:
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
@@ -37,39 +44,35 @@ private:
     bool m_pointerMoved = true;
     bool m_windowsChanged = true;
     quint8 m_xinputOpcode = 0;
+    quint32 m_root = 0;
+    // The ids of this connection's own windows: (id & ~mask) == base.
+    quint32 m_ownIdBase = 0;
+    quint32 m_ownIdMask = 0;
+    QObject m_screenWatch; // the screens' connections go with the watch
 };
 
-// The pointer read again only after the X server reported motion or a button, or after `maxAge`
-// seconds: a warp by another program moves it without a raw event.
+// The pointer read again only after the X server reported motion, a crossing or a button.
 class WatchedPointer : public Pointer {
 public:
-    static constexpr double maxAge = 1.0;
-
-    WatchedPointer(Pointer& inner, X11ChangeWatch& watch, std::function<double()> now)
+    WatchedPointer(Pointer& inner, X11ChangeWatch& watch)
         : m_inner(inner)
-        , m_watch(watch)
-        , m_now(std::move(now)) {}
+        , m_watch(watch) {}
     PointerReading read() override;
 
 private:
     Pointer& m_inner;
     X11ChangeWatch& m_watch;
-    std::function<double()> m_now;
     std::optional<PointerReading> m_last;
-    double m_readAt = 0;
 };
 
-// The window list read again only after the X server reported a change among the top-level
-// windows or on the root, when `extraState` (facts that do not come from X, such as a shell's
-// overview) differs, or after `maxAge` seconds, for the changes no root event announces.
+// The window list read again only after the X server reported a change among the windows or on
+// the root, or when `extraState` (facts that do not come from X, such as a shell's overview)
+// differs.
 class WatchedWindowFacts : public WindowFacts {
 public:
-    static constexpr double maxAge = 1.0;
-
-    WatchedWindowFacts(WindowFacts& inner, X11ChangeWatch& watch, std::function<double()> now)
+    WatchedWindowFacts(WindowFacts& inner, X11ChangeWatch& watch)
         : m_inner(inner)
-        , m_watch(watch)
-        , m_now(std::move(now)) {}
+        , m_watch(watch) {}
     void setExtraState(std::function<bool()> state) { m_extra = std::move(state); }
     std::optional<WindowList> onScreenWindows() override;
     qint64 ownPid() const override { return m_inner.ownPid(); }
@@ -77,11 +80,9 @@ public:
 private:
     WindowFacts& m_inner;
     X11ChangeWatch& m_watch;
-    std::function<double()> m_now;
     std::function<bool()> m_extra;
     std::optional<WindowList> m_last;
     bool m_lastExtra = false;
-    double m_readAt = 0;
 };
 
 } // namespace MirlPlayer

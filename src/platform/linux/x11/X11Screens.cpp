@@ -25,10 +25,10 @@ QtScreenInfo::QtScreenInfo(QObject* parent)
     if (app) {
         connect(app, &QGuiApplication::screenAdded, this, [this](QScreen* s) {
             watch(s);
-            notifyChanged();
+            changed();
         });
-        connect(app, &QGuiApplication::screenRemoved, this, [this] { notifyChanged(); });
-        connect(app, &QGuiApplication::primaryScreenChanged, this, [this] { notifyChanged(); });
+        connect(app, &QGuiApplication::screenRemoved, this, [this] { changed(); });
+        connect(app, &QGuiApplication::primaryScreenChanged, this, [this] { changed(); });
         for (QScreen* s : QGuiApplication::screens())
             watch(s);
     }
@@ -39,12 +39,17 @@ QtScreenInfo::QtScreenInfo(QObject* parent)
 }
 
 void QtScreenInfo::watch(QScreen* screen) {
-    connect(screen, &QScreen::geometryChanged, this, [this] { notifyChanged(); });
+    connect(screen, &QScreen::geometryChanged, this, [this] { changed(); });
+}
+
+void QtScreenInfo::changed() {
+    m_cache.reset();
+    notifyChanged();
 }
 
 void QtScreenInfo::prepareForSleep(bool sleeping) {
     if (!sleeping)
-        notifyChanged();
+        changed();
 }
 
 ScreenDescription QtScreenInfo::describe(QScreen* screen, const ScreenFlip& flip) {
@@ -54,11 +59,15 @@ ScreenDescription QtScreenInfo::describe(QScreen* screen, const ScreenFlip& flip
     return d;
 }
 
-QList<ScreenDescription> QtScreenInfo::screens() {
-    QList<ScreenDescription> list;
+const QList<ScreenDescription>& QtScreenInfo::described() {
+    // The panel's tick asks many times a second; the answer changes only with the signals above.
+    if (m_cache)
+        return *m_cache;
+    static const QList<ScreenDescription> none;
     QScreen* primary = QGuiApplication::primaryScreen();
     if (!primary)
-        return list;
+        return none;
+    QList<ScreenDescription>& list = m_cache.emplace();
     const ScreenFlip flip = ScreenFlip::current();
     list.append(describe(primary, flip));
     for (QScreen* s : QGuiApplication::screens()) {
@@ -68,11 +77,15 @@ QList<ScreenDescription> QtScreenInfo::screens() {
     return list;
 }
 
+QList<ScreenDescription> QtScreenInfo::screens() {
+    return described();
+}
+
 std::optional<ScreenDescription> QtScreenInfo::mainScreen() {
-    QScreen* primary = QGuiApplication::primaryScreen();
-    if (!primary)
+    const QList<ScreenDescription>& list = described();
+    if (list.isEmpty())
         return std::nullopt;
-    return describe(primary, ScreenFlip::current());
+    return list.constFirst();
 }
 
 } // namespace MirlPlayer

@@ -3,6 +3,7 @@
 #include "platform/ScreenInfo.h"
 
 #include <QObject>
+#include <optional>
 
 class QScreen;
 
@@ -39,7 +40,11 @@ private Q_SLOTS:
 
 private:
     void watch(QScreen* screen);
+    void changed();
+    const QList<ScreenDescription>& described();
     static ScreenDescription describe(QScreen* screen, const ScreenFlip& flip);
+
+    std::optional<QList<ScreenDescription>> m_cache;
 };
 
 } // namespace MirlPlayer

@@ -53,6 +53,8 @@ X11WindowFacts::Facts X11WindowFacts::factsFor(quint32 topLevel) {
     f.client = findClient(topLevel, 2);
     if (!f.client)
         f.client = topLevel;
+    if (m_newClient)
+        m_newClient(f.client);
     const unsigned classCookie = askProperty(f.client, atom("WM_CLASS"), XCB_ATOM_STRING);
     const unsigned pidCookie = askProperty(f.client, atom("_NET_WM_PID"), XCB_ATOM_CARDINAL);
     const unsigned typeCookie = askProperty(f.client, atom("_NET_WM_WINDOW_TYPE"), XCB_ATOM_ATOM);

@@ -25,6 +25,9 @@ public:
     qint64 ownPid() const override;
 
     void setOverviewSource(std::function<bool()> source) { m_overview = std::move(source); }
+    // Called with each client window when it first appears in the list, before its properties
+    // are read (the change watch selects its property changes there).
+    void setNewClientHook(std::function<void(quint32)> hook) { m_newClient = std::move(hook); }
 
 private:
     struct Facts {
@@ -40,6 +43,7 @@ private:
 
     QHash<quint32, Facts> m_facts;
     std::function<bool()> m_overview;
+    std::function<void(quint32)> m_newClient;
 };
 
 } // namespace MirlPlayer
