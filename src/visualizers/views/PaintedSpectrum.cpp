@@ -17,14 +17,8 @@ PaintedSpectrum::PaintedSpectrum(QQuickItem* parent)
 void PaintedSpectrum::setSource(SpectrumSource* source) {
     if (m_source == source)
         return;
-    for (const auto& c : std::as_const(m_connections))
-        disconnect(c);
-    m_connections.clear();
     m_source = source;
-    if (source) {
-        const auto redraw = [this] { update(); };
-        m_connections = source->follow(this, redraw, redraw);
-    }
+    SpectrumSource::refollow(m_connections, source, this, [this] { update(); });
     update();
     Q_EMIT sourceChanged();
 }
