@@ -18,6 +18,10 @@ Item {
 
     readonly property string form: rules.form
     readonly property bool painted: GraphicsInfo.api === GraphicsInfo.Software
+    // Where the scene graph draws geometry, the light is drawn into one picture with the glass
+    // (one pass over the shape, not two), except in the library, where the light alone is
+    // blurred.
+    readonly property bool glassInLight: !painted && !libraryOpen && rules.reflection !== ""
 
     Rectangle {
         objectName: "solidBackdrop"
@@ -31,11 +35,12 @@ Item {
         objectName: "frostedBackdrop"
         anchors.fill: parent
         visible: backdrop.form === "frosted"
-        // Frost, veil and sheen as one paint, where the scene graph draws geometry.
+        // Frost, veil and sheen as one paint, where the scene graph draws geometry and the light
+        // does not carry the glass.
         GlassFill {
             objectName: "glassFill"
             anchors.fill: parent
-            visible: !backdrop.painted
+            visible: !backdrop.painted && !backdrop.glassInLight
             rules: backdrop.rules
             cornerRadius: backdrop.cornerRadius
         }
@@ -52,7 +57,8 @@ Item {
             anchors.fill: parent
             visible: kind !== ""
             kind: backdrop.rules.reflection
-            opacity: backdrop.rules.reflectionOpacity
+            opacity: backdrop.glassInLight ? 1 : backdrop.rules.reflectionOpacity
+            glass: backdrop.glassInLight ? backdrop.rules : null
             cornerRadius: backdrop.cornerRadius
             store: visible ? backdrop.levels : null
             theme: backdrop.theme

@@ -76,19 +76,29 @@ void ReflectionView::setConfig(VizConfig* config) {
     update();
 }
 
-void ReflectionView::paint(QPainter* painter) {
-    if (!m_store || !m_theme)
+void ReflectionView::setGlass(PlayerBackdrop* glass) {
+    if (glass == m_glass)
         return;
+    if (m_glass)
+        disconnect(m_glass, nullptr, this, nullptr);
+    m_glass = glass;
+    if (glass)
+        connect(glass, &PlayerBackdrop::changed, this, [this] { update(); });
+    Q_EMIT glassChanged();
+    update();
+}
+
+ReflectionFrame ReflectionView::nextFrame() {
+    if (!m_store || !m_theme)
+        return {};
     const ReflectionKind kind =
         m_kind == QLatin1String("edge") ? ReflectionKind::edge : ReflectionKind::glass;
     VizConfig* viz = config();
     const ReflectionSettings s = reflectionSettings(
         kind, m_libraryOpen, [viz](const QString& key) { return viz->value(key); });
-    const double w = width();
-    const double h = height();
-    // Below the threshold nothing is drawn and the envelope's time stands still.
-    if (s.amount <= 0.001 || w <= 0 || h <= 0)
-        return;
+    // Below the threshold no light is drawn and the envelope's time stands still.
+    if (s.amount <= 0.001)
+        return {};
     const std::vector<double>& mags =
         m_envelope.update(m_store->levels(), pools, s.attack, s.release, m_clock.now());
     const EQTuning& t = EQTuning::shared();
@@ -97,13 +107,32 @@ void ReflectionView::paint(QPainter* painter) {
     const auto colourAt = [theme, &s, &tuning](double p, double m) {
         return lightColour(theme->colorAt(std::nullopt, p), m, s.colour, tuning);
     };
-    const ReflectionFrame frame = kind == ReflectionKind::glass
-                                      ? glassReflection(mags, w, h, s, colourAt)
-                                      : edgeReflection(mags, w, h, s, colourAt);
+    return kind == ReflectionKind::glass ? glassReflection(mags, width(), height(), s, colourAt)
+                                         : edgeReflection(mags, width(), height(), s, colourAt);
+}
 
-    // The texture is smaller than the layer: the painter scales, and the image is drawn 1:1.
-    const QImage& image = m_raster.draw(frame, textureSize(), QSizeF(w, h), m_cornerRadius);
-    painter->drawImage(QRectF(0, 0, w, h), image);
+void ReflectionView::paint(QPainter* painter) {
+    if (width() <= 0 || height() <= 0)
+        return;
+    std::optional<ReflectionRaster::Glass> glass;
+    if (m_glass) {
+        const QColor c = m_glass->frostAndVeil();
+        const float a = c.alphaF();
+        glass = ReflectionRaster::Glass{c.redF() * a,
+                                        c.greenF() * a,
+                                        c.blueF() * a,
+                                        a,
+                                        float(m_glass->reflectionOpacity()),
+                                        float(m_glass->sheenOpacity())};
+    }
+    const ReflectionFrame frame = nextFrame();
+    if (!glass && frame.blobs.empty() && !frame.wash)
+        return;
+    // The texture is smaller than the layer: the painter scales, and the image, in the texture's
+    // own format, is copied 1:1.
+    const QImage& image = m_raster.draw(frame, textureSize(), size(), m_cornerRadius, glass);
+    painter->setCompositionMode(QPainter::CompositionMode_Source);
+    painter->drawImage(QRectF(QPointF(0, 0), size()), image);
 }
 
 } // namespace MirlPlayer

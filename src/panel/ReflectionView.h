@@ -2,6 +2,7 @@
 
 #include "audio/LevelsStore.h"
 #include "core/Clock.h"
+#include "look/PlayerBackdrop.h"
 #include "look/ReflectionEnvelope.h"
 #include "look/ReflectionRaster.h"
 #include "look/Theme.h"
@@ -27,6 +28,9 @@ class ReflectionView : public QQuickPaintedItem {
     Q_PROPERTY(bool libraryOpen MEMBER m_libraryOpen NOTIFY libraryOpenChanged)
     // The light stays inside the shape's rounded corners.
     Q_PROPERTY(double cornerRadius MEMBER m_cornerRadius NOTIFY cornerRadiusChanged)
+    // The glass to draw the light into (frost, veil and sheen), so that both are one picture;
+    // null draws the light alone.
+    Q_PROPERTY(MirlPlayer::PlayerBackdrop* glass READ glass WRITE setGlass NOTIFY glassChanged)
     // Points of blur the layer asks for (18 in the library, else 0).
     Q_PROPERTY(double blur READ blur NOTIFY libraryOpenChanged)
 public:
@@ -43,6 +47,8 @@ public:
     VizConfig* config() const;
     void setConfig(VizConfig* config);
     double blur() const { return m_libraryOpen ? 18 : 0; }
+    PlayerBackdrop* glass() const { return m_glass; }
+    void setGlass(PlayerBackdrop* glass);
 
     void paint(QPainter* painter) override;
 
@@ -57,14 +63,18 @@ Q_SIGNALS:
     void configChanged();
     void libraryOpenChanged();
     void cornerRadiusChanged();
+    void glassChanged();
 
 private:
     void updateTextureSize();
+    // The light of this redraw (nothing below the amount's threshold); moves the envelope on.
+    ReflectionFrame nextFrame();
 
     QString m_kind = QStringLiteral("glass");
     QPointer<LevelsStore> m_store;
     QPointer<Theme> m_theme;
     QPointer<VizConfig> m_config;
+    QPointer<PlayerBackdrop> m_glass;
     bool m_libraryOpen = false;
     double m_cornerRadius = 0;
     ReflectionEnvelope m_envelope;

@@ -1,3 +1,4 @@
+#include "look/PlayerBackdrop.h"
 #include "look/ReflectionRaster.h"
 
 #include <QTest>
@@ -29,6 +30,34 @@ private Q_SLOTS:
         const QRgb p = image.pixel(pixel);
         QVERIFY2(std::abs(qAlpha(p) - alpha) <= 3, qPrintable(QString::number(qAlpha(p))));
         QCOMPARE(qRed(p), qAlpha(p)); // white light: premultiplied channels equal the alpha
+    }
+
+    // Without light the picture is the glass alone: what the frost, veil and sheen layers show
+    // stacked, at the pixel's place along the sheen's diagonal (a 40 x 20 layer in 20 x 10).
+    void withoutLightThePictureIsTheGlass() {
+        const QColor body(30, 60, 90, 150);
+        const double sheen = 0.8;
+        const ReflectionRaster::Glass glass{float(body.redF() * body.alphaF()),
+                                            float(body.greenF() * body.alphaF()),
+                                            float(body.blueF() * body.alphaF()),
+                                            float(body.alphaF()),
+                                            1,
+                                            float(sheen)};
+        ReflectionRaster raster;
+        const QImage& image = raster.draw({}, QSize(20, 10), QSizeF(40, 20), 0, glass);
+        for (const QPoint pixel : {QPoint(0, 0), QPoint(10, 5), QPoint(19, 9)}) {
+            const double x = (pixel.x() + 0.5) * 2, y = (pixel.y() + 0.5) * 2;
+            const double t = (x * 40 + y * 20) / (40.0 * 40 + 20 * 20);
+            const QColor want = PlayerBackdrop::stacked(
+                body, 1, QColor::fromRgbF(1, 1, 1, float(PlayerBackdrop::sheenAlpha(t))), sheen);
+            const QColor got = QColor::fromRgba(qUnpremultiply(image.pixel(pixel)));
+            QVERIFY2(std::abs(got.red() - want.red()) <= 2 &&
+                         std::abs(got.blue() - want.blue()) <= 2 &&
+                         std::abs(got.alpha() - want.alpha()) <= 2,
+                     qPrintable(QStringLiteral("%1: %2 %3")
+                                    .arg(pixel.x())
+                                    .arg(got.name(QColor::HexArgb), want.name(QColor::HexArgb))));
+        }
     }
 };
 
