@@ -22,7 +22,9 @@ bool X11WindowFacts::connected() const {
 }
 
 qint64 X11WindowFacts::ownPid() const {
-    return QCoreApplication::applicationPid();
+    // Asked by the placement tests several times a second; a process keeps its pid.
+    static const qint64 pid = QCoreApplication::applicationPid();
+    return pid;
 }
 
 quint32 X11WindowFacts::findClient(quint32 window, int depth) {
