@@ -106,6 +106,16 @@ double PlayerBackdrop::sheenOpacity() const {
     return m_theme ? std::max(m_theme->frostedDensity(), 0.25) : 0;
 }
 
+double PlayerBackdrop::sheenAlpha(double t) {
+    t = std::clamp(t, 0.0, 1.0);
+    return t < 0.5 ? 0.13 * (1 - 2 * t) : 0.025 * (2 * t - 1);
+}
+
+QColor PlayerBackdrop::frostedFill(double t) const {
+    return stacked(frostAndVeil(), 1, QColor::fromRgbF(1, 1, 1, float(sheenAlpha(t))),
+                   sheenOpacity());
+}
+
 QString PlayerBackdrop::reflection() const {
     if (!m_theme || current() != PlayerBackground::frosted || !m_hasLevels ||
         m_theme->frostedBlurStrength() <= 0.001)

@@ -64,6 +64,11 @@ public:
                           double overOpacity);
     double reflectionOpacity() const;
     double sheenOpacity() const;
+    // The sheen's white at a place t along its diagonal (0 top left, 1 bottom right), before the
+    // layer's opacity: 13 % down to clear in the middle, up to 2.5 %.
+    static double sheenAlpha(double t);
+    // Frost, veil and sheen as one paint at t: what the three layers show stacked there.
+    Q_INVOKABLE QColor frostedFill(double t) const;
     // "glass" along the bottom with the visualizer, "edge" around the rim without it, else "".
     QString reflection() const;
     double liquidDiffusion() const;

@@ -3,6 +3,7 @@
 #include "look/PlayerBackdrop.h"
 #include "panel/ArtSlot.h"
 #include "panel/ControlStyleModel.h"
+#include "panel/GlassFill.h"
 #include "panel/NowPlayingArtists.h"
 #include "panel/ReflectionView.h"
 #include "panel/SurfaceGeometry.h"
@@ -63,6 +64,7 @@ void registerSurfaceTypes() {
         qmlRegisterType<NowPlayingArtists>(uri, 1, 0, "NowPlayingArtists");
         qmlRegisterType<ControlStyleModel>(uri, 1, 0, "ControlStyleModel");
         qmlRegisterType<ReflectionView>(uri, 1, 0, "ReflectionView");
+        qmlRegisterType<GlassFill>(uri, 1, 0, "GlassFill");
         qmlRegisterType<PlayerBackdrop>(uri, 1, 0, "BackdropRules");
         qmlRegisterSingletonType<SurfaceGeometry>(
             uri, 1, 0, "SurfaceGeometry",

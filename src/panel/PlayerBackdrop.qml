@@ -4,7 +4,8 @@ import MirlPlayer.Surface
 import Qt5Compat.GraphicalEffects as Effects
 
 // The material of the surface in its three forms, all inside the shape's rounded corners:
-// `solid` black; `frosted` glass (frost, a dark veil, the music's light, a sheen and a rim);
+// `solid` black; `frosted` glass (frost, a dark veil and a sheen as one paint, the music's light
+// and a rim);
 // `liquid` glass (a diffusing body and a grey smoke). The numbers come from BackdropRules.
 Item {
     id: backdrop
@@ -16,6 +17,7 @@ Item {
     property bool libraryOpen: false
 
     readonly property string form: rules.form
+    readonly property bool painted: GraphicsInfo.api === GraphicsInfo.Software
 
     Rectangle {
         objectName: "solidBackdrop"
@@ -29,9 +31,19 @@ Item {
         objectName: "frostedBackdrop"
         anchors.fill: parent
         visible: backdrop.form === "frosted"
-        // The frost and the dark veil over it, painted as one.
+        // Frost, veil and sheen as one paint, where the scene graph draws geometry.
+        GlassFill {
+            objectName: "glassFill"
+            anchors.fill: parent
+            visible: !backdrop.painted
+            rules: backdrop.rules
+            cornerRadius: backdrop.cornerRadius
+        }
+        // The same under the software scene graph: the frost and the veil as one paint, and the
+        // sheen over the light below.
         Rectangle {
             anchors.fill: parent
+            visible: backdrop.painted
             radius: backdrop.cornerRadius
             color: backdrop.rules.frostAndVeil
         }
@@ -54,6 +66,7 @@ Item {
         }
         Shape {
             anchors.fill: parent
+            visible: backdrop.painted
             opacity: backdrop.rules.sheenOpacity
             ShapePath {
                 strokeWidth: 0

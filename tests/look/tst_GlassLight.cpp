@@ -1,6 +1,7 @@
 #include "look/PlayerBackdrop.h"
 #include "look/Reflection.h"
 #include "look/ReflectionEnvelope.h"
+#include "look/RoundedMesh.h"
 
 #include <QTest>
 
@@ -139,6 +140,39 @@ private Q_SLOTS:
             const double a1 = frost.alphaF() * under;
             const double twoLayers = paint(paint(bg, frost.redF(), a1), veil.redF(), over);
             QVERIFY(std::abs(paint(bg, one.redF(), one.alphaF()) - twoLayers) < 1e-3);
+        }
+    }
+
+    // The glass as one mesh: no triangle spans the sheen's clear middle, so the sheen's two
+    // ramps are drawn exactly, and the edge fades to clear outside the shape.
+    void theGlassMeshBendsWhereTheSheenIsClear() {
+        const double w = 580, h = 170;
+        const auto along = [&](double x, double y) { return (x * w + y * h) / (w * w + h * h); };
+        RoundedMesh mesh;
+        mesh.addRoundedRect(
+            QRectF(0, 0, w, h), 30, 1,
+            [](double, double) {
+                return MeshColour{1, 1, 1, 1};
+            },
+            [&](double x, double y) { return along(x, y) - 0.5; });
+        const auto& v = mesh.vertices();
+        const auto& i = mesh.indices();
+        QVERIFY(i.size() % 3 == 0 && !i.empty());
+        for (std::size_t k = 0; k < i.size(); k += 3) {
+            double lo = 1, hi = 0;
+            for (std::size_t c = k; c < k + 3; ++c) {
+                lo = std::min(lo, along(v[i[c]].x, v[i[c]].y));
+                hi = std::max(hi, along(v[i[c]].x, v[i[c]].y));
+            }
+            QVERIFY2(lo > 0.5 - 1e-6 || hi < 0.5 + 1e-6, qPrintable(QString::number(k)));
+        }
+        for (const MeshVertex& p : v) {
+            const double qx = std::abs(p.x - w / 2) - (w / 2 - 30);
+            const double qy = std::abs(p.y - h / 2) - (h / 2 - 30);
+            const bool outside = std::hypot(std::max(qx, 0.0), std::max(qy, 0.0)) +
+                                     std::min(std::max(qx, qy), 0.0) - 30 >
+                                 0;
+            QCOMPARE(p.a, outside ? 0 : 255);
         }
     }
 

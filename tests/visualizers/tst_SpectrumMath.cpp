@@ -1,5 +1,6 @@
 #include "core/Clock.h"
 #include "core/Preferences.h"
+#include "visualizers/views/BarShape.h"
 #include "visualizers/views/GpuSpectrumViews.h"
 #include "visualizers/views/RendererMath.h"
 #include "visualizers/views/SpectrumColours.h"
@@ -35,6 +36,42 @@ private Q_SLOTS:
         QCOMPARE(c.h, 0.5);
         QVERIFY2(qAbs(c.s - saturation) < 1e-9, qPrintable(QString::number(c.s)));
         QVERIFY2(qAbs(c.b - brightness) < 1e-9, qPrintable(QString::number(c.b)));
+    }
+
+    // 128 bands on a canvas 256 wide and 100 high: slots of 2.
+    void barsStandInTheirSlots_data() {
+        QTest::addColumn<bool>("mirrored");
+        QTest::addColumn<double>("round");
+        QTest::addColumn<double>("level");
+        QTest::addColumn<QRectF>("rect");
+        QTest::addColumn<double>("radius");
+        QTest::newRow("silent band is a 1-point bar")
+            << false << 1.5 << 0.0 << QRectF(10.3, 99, 1.4, 1) << 0.7;
+        QTest::newRow("round within the width")
+            << false << 0.4 << 0.5 << QRectF(10.3, 50, 1.4, 50) << 0.4;
+        QTest::newRow("mirrored about the middle")
+            << true << 0.0 << 0.5 << QRectF(10.3, 25, 1.4, 50) << 0.7;
+        QTest::newRow("silent mirrored band")
+            << true << 0.0 << 0.0 << QRectF(10.3, 49, 1.4, 2) << 0.7;
+    }
+    void barsStandInTheirSlots() {
+        QFETCH(bool, mirrored);
+        QFETCH(double, round);
+        QFETCH(double, level);
+        QFETCH(QRectF, rect);
+        QFETCH(double, radius);
+        const BarShape shape = mirrored ? BarShape::mirroredAbout(128, 256, 100, 0.7, 0.5)
+                                        : BarShape::standing(128, 256, 100, 0.7, round);
+        const QRectF r = shape.rect(5, level);
+        QVERIFY2(qAbs(r.x() - rect.x()) + qAbs(r.y() - rect.y()) + qAbs(r.width() - rect.width()) +
+                         qAbs(r.height() - rect.height()) <
+                     1e-9,
+                 qPrintable(QStringLiteral("%1 %2 %3 %4")
+                                .arg(r.x())
+                                .arg(r.y())
+                                .arg(r.width())
+                                .arg(r.height())));
+        QCOMPARE(shape.radius, radius);
     }
 
     void columnsTakeTheLoudestBandOfTheirShare_data() {

@@ -27,6 +27,15 @@ void SpectrumSource::setLevelsStore(LevelsStore* store) {
     Q_EMIT inputsChanged();
 }
 
+void SpectrumSource::refollow(QList<QMetaObject::Connection>& connections, SpectrumSource* source,
+                              QObject* view, const std::function<void()>& redraw) {
+    for (const auto& c : std::as_const(connections))
+        QObject::disconnect(c);
+    connections.clear();
+    if (source)
+        connections = source->follow(view, redraw, redraw);
+}
+
 void SpectrumSource::setStereoStore(StereoStore* store) {
     if (m_stereo == store)
         return;

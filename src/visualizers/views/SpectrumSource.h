@@ -47,6 +47,11 @@ public:
     QList<QMetaObject::Connection> follow(QObject* view, const std::function<void()>& published,
                                           const std::function<void()>& redraw);
 
+    // Ends the `connections` a view had and follows `source` (if any) instead, redrawing on a
+    // publication and on a change alike.
+    static void refollow(QList<QMetaObject::Connection>& connections, SpectrumSource* source,
+                         QObject* view, const std::function<void()>& redraw);
+
 Q_SIGNALS:
     void inputsChanged();
     void levelsPublished();

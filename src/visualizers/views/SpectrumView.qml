@@ -20,13 +20,17 @@ Item {
         theme: view.theme
     }
 
+    // The bars are one mesh where the scene graph draws geometry; the software one gets them
+    // painted.
+    readonly property bool painted: GraphicsInfo.api === GraphicsInfo.Software
+
     Loader {
         objectName: "styleLoader"
         anchors.fill: parent
         sourceComponent: {
             switch (view.vizID) {
-            case "bars": return bars
-            case "mirror": return mirror
+            case "bars": return view.painted ? bars : meshBars
+            case "mirror": return view.painted ? mirror : meshMirror
             case "stereo": return stereo
             case "stereoAnalyzer": return analyzer
             case "skyline":
@@ -40,6 +44,8 @@ Item {
 
     Component { id: bars; BarsEQ { source: spectrumSource } }
     Component { id: mirror; MirrorEQ { source: spectrumSource } }
+    Component { id: meshBars; GeometryBars { source: spectrumSource } }
+    Component { id: meshMirror; GeometryBars { source: spectrumSource; mirrored: true } }
     Component { id: designer; DesignerSpectrum { source: spectrumSource; style: view.vizID } }
     Component { id: waterfall; NeonWaterfallView { source: spectrumSource } }
     Component { id: stereo; StereoWaterfallView { source: spectrumSource } }

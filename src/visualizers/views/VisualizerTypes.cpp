@@ -1,6 +1,7 @@
 #include "visualizers/views/VisualizerTypes.h"
 
 #include "visualizers/VizStyle.h"
+#include "visualizers/views/GeometryBars.h"
 #include "visualizers/views/GpuSpectrumViews.h"
 #include "visualizers/views/PaintedSpectrum.h"
 #include "visualizers/views/PixelEase.h"
@@ -36,6 +37,7 @@ void registerVisualizerTypes() {
     qmlRegisterType<SpectrumSource>(uri, 1, 0, "SpectrumSource");
     qmlRegisterType<BarsEQ>(uri, 1, 0, "BarsEQ");
     qmlRegisterType<MirrorEQ>(uri, 1, 0, "MirrorEQ");
+    qmlRegisterType<GeometryBars>(uri, 1, 0, "GeometryBars");
     qmlRegisterType<DesignerSpectrum>(uri, 1, 0, "DesignerSpectrum");
     qmlRegisterType<NeonWaterfallView>(uri, 1, 0, "NeonWaterfallView");
     qmlRegisterType<StereoWaterfallView>(uri, 1, 0, "StereoWaterfallView");
