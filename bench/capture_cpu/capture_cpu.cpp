@@ -4,9 +4,11 @@
 // pill, with the card open on the bars visualizer, and with the player paused, when nothing of
 // the capture may run. While the pill rests, cava (when installed) listens to the same stream in
 // the same seconds: 128 bars at 60 frames a second through the PulseAudio interface, raw output
-// to /dev/null; it is the baseline. Each busy phase is cut into slices and its figure is the median
-// of its slices; the paused figure is the whole phase. MIRL_BENCH_SECONDS sets the length of each
-// phase (default 60).
+// to /dev/null; it is the baseline. Beside them runs a bare Qt Quick window redrawn 30 times a
+// second (bare_window.cpp): what any panel drawn with the toolkit pays here. Each busy phase is
+// cut into slices and its figure is the median of its slices; the paused figure is the whole
+// phase.
+// MIRL_BENCH_SECONDS sets the length of each phase (default 60).
 #include "X11TestSession.h"
 
 #include <QCoreApplication>
@@ -218,18 +220,28 @@ int main(int argc, char* argv[]) {
         cava.waitForStarted(5000);
         QThread::sleep(2);
     }
+    // The toolkit's own floor: a bare window of the pill's size redrawn as often as levels may
+    // arrive, on the same X server in the same seconds.
+    QProcess bare;
+    bare.setProcessEnvironment(mirlEnv);
+    bare.setStandardOutputFile(QProcess::nullDevice());
+    bare.setStandardErrorFile(QProcess::nullDevice());
+    bare.start(QStringLiteral(MIRL_BARE_WINDOW), {});
+    bare.waitForStarted(5000);
+    QThread::sleep(1);
     std::printf("capturing the playing player with the resting pill for %d s...\n", seconds);
     std::fflush(stdout);
-    std::vector<qint64> pids{mirl.processId()};
+    std::vector<qint64> pids{mirl.processId(), bare.processId()};
     if (withCava && cava.state() == QProcess::Running)
         pids.push_back(cava.processId());
     const std::vector<double> resting = measure(pids, seconds);
     const double capturing = resting[0];
-    const double cavaCpu = resting.size() > 1 ? resting[1] : -1;
-    if (withCava) {
-        cava.terminate();
-        if (!cava.waitForFinished(3000))
-            cava.kill();
+    const double bareCpu = resting[1];
+    const double cavaCpu = resting.size() > 2 ? resting[2] : -1;
+    for (QProcess* process : {&cava, &bare}) {
+        process->terminate();
+        if (!process->waitForFinished(3000))
+            process->kill();
     }
 
     // Onto the pill, which rests at the right end of the top edge: the card opens after 0.22 s.
@@ -271,14 +283,18 @@ int main(int argc, char* argv[]) {
                     cavaCpu, percent(cavaCpu), ratioToCava);
     else
         std::printf("cava is not installed: no ratio to it\n");
+    std::printf("a bare Qt Quick window of the pill's size redrawn 30 times a second, same "
+                "seconds: %.3f s (%.2f %%); ratio to cava %.2f\n",
+                bareCpu, percent(bareCpu), cavaCpu > 0 ? bareCpu / cavaCpu : -1);
     std::printf("CPU per minute capturing, card open with bars: %.3f s (%.2f %%)\n", cardOpen,
                 percent(cardOpen));
     std::printf("CPU per minute with the player paused: %.3f s (%.2f %%)\n", paused,
                 percent(paused));
     std::printf("{\"bench\":\"capture_cpu\",\"seconds\":%d,\"cpu_s_per_min_capturing\":%.3f,"
                 "\"cpu_s_per_min_cava\":%.3f,\"ratio_to_cava\":%.2f,"
+                "\"cpu_s_per_min_bare_window\":%.3f,"
                 "\"cpu_s_per_min_card_open_bars\":%.3f,\"cpu_s_per_min_paused\":%.3f,"
                 "\"ratio_to_paused\":%.2f}\n",
-                seconds, capturing, cavaCpu, ratioToCava, cardOpen, paused, ratio);
+                seconds, capturing, cavaCpu, ratioToCava, bareCpu, cardOpen, paused, ratio);
     return code;
 }

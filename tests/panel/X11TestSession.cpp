@@ -166,11 +166,6 @@ void ForeignWindow::setOpacity(unsigned long v) {
     XSync(m_display, False);
 }
 
-void ForeignWindow::move(QPoint to) {
-    XMoveWindow(m_display, m_window, to.x(), to.y());
-    XSync(m_display, False);
-}
-
 void ForeignWindow::activate() {
     const Window w = m_window;
     XChangeProperty(m_display, DefaultRootWindow(m_display),

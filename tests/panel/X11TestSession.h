@@ -68,7 +68,6 @@ public:
     // Makes this window the active one, as a window manager would.
     void activate();
     void setOpacity(unsigned long opacity);
-    void move(QPoint to);
     ~ForeignWindow();
     ForeignWindow(const ForeignWindow&) = delete;
     ForeignWindow& operator=(const ForeignWindow&) = delete;

@@ -23,14 +23,12 @@ std::optional<WindowRecord> foreign(WindowFacts& facts) {
     return std::nullopt;
 }
 // Counts the reads that reach the X server.
-struct CountedFacts : WindowFacts {
-    X11WindowFacts inner;
+struct CountedFacts : X11WindowFacts {
     int reads = 0;
     std::optional<WindowList> onScreenWindows() override {
         ++reads;
-        return inner.onScreenWindows();
+        return X11WindowFacts::onScreenWindows();
     }
-    qint64 ownPid() const override { return inner.ownPid(); }
 };
 } // namespace
 
@@ -152,46 +150,23 @@ private Q_SLOTS:
 
     // The panel's tick reads the list twenty times a second: only an event of the X server may
     // send it to the server again, and every change the list shows must come with one.
-    void watchedListIsReadAgainOnlyAfterAChange_data() {
-        QTest::addColumn<QString>("change");
-        QTest::addColumn<std::optional<QRectF>>("bounds");
-        QTest::addColumn<std::optional<double>>("alpha");
-        const QRectF at(10, 40, 300, 200);
-        QTest::newRow("moved") << "move" << std::optional(at.translated(90, 0))
-                               << std::optional<double>();
-        QTest::newRow("turned transparent") << "opacity" << std::optional(at) << std::optional(0.0);
-        QTest::newRow("gone") << "destroy" << std::optional<QRectF>() << std::optional<double>();
-    }
     void watchedListIsReadAgainOnlyAfterAChange() {
-        QFETCH(QString, change);
-        QFETCH(std::optional<QRectF>, bounds);
-        QFETCH(std::optional<double>, alpha);
         CountedFacts counted;
         X11ChangeWatch watch;
-        QVERIFY(watch.watchesWindows());
-        counted.inner.setNewClientHook([&](quint32 client) { watch.watchWindow(client); });
+        counted.setNewClientHook([&](quint32 client) { watch.watchWindow(client); });
         WatchedWindowFacts watched(counted, watch);
         std::optional<ForeignWindow> w(std::in_place, QRect(10, 40, 300, 200),
                                        ForeignWindow::Options());
-        // Settle the events of the window's making, then read once.
-        QTest::qWait(200);
-        QVERIFY(foreign(watched));
-        QTest::qWait(200);
+        QTRY_VERIFY(foreign(watched));
+        QTest::qWait(200); // the events of the window's making
+        foreign(watched);
         const int reads = counted.reads;
         QVERIFY(foreign(watched));
         QCOMPARE(counted.reads, reads);
-        if (change == u"move")
-            w->move(QPoint(100, 40));
-        else if (change == u"opacity")
-            w->setOpacity(0);
-        else if (change == u"destroy")
-            w.reset();
-        const auto shows = [&] {
-            const auto r = foreign(watched);
-            return (r ? r->bounds->rect() : std::nullopt) == bounds &&
-                   (r ? r->alpha : alpha) == alpha;
-        };
-        QTRY_VERIFY_WITH_TIMEOUT(shows(), 2000);
+        w->setOpacity(0); // a property of the window's own, which no root event announces
+        QTRY_COMPARE(foreign(watched)->alpha, std::optional(0.0));
+        w.reset();
+        QTRY_VERIFY(!foreign(watched));
     }
 
     void anOverviewCoversTheWholeScreen() {

@@ -3,6 +3,9 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 
+#include <optional>
+#include <utility>
+
 namespace MirlPlayer {
 
 QVariantMap MirlState::userInfo() const {
@@ -17,9 +20,14 @@ void MirlStateSignal::send(const MirlState& state) {
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
-    QDBusMessage message = QDBusMessage::createSignal(path, interface, member);
-    message << state.userInfo();
-    bus.send(message);
+    // The tick repeats the same state five times a second: the message is made once per state.
+    static std::optional<std::pair<MirlState, QDBusMessage>> last;
+    if (!last || last->first != state) {
+        QDBusMessage message = QDBusMessage::createSignal(path, interface, member);
+        message << state.userInfo();
+        last.emplace(state, message);
+    }
+    bus.send(last->second);
 }
 
 } // namespace MirlPlayer

@@ -155,9 +155,13 @@ void NotchPanelController::tick() {
     const auto screen = currentScreen();
     if (!screen)
         return;
-    // One reading of the pointer serves the whole pass.
+    // One reading of the pointer and of the clock serves the whole pass.
     m_tickPointer = m_pointer.read();
-    const auto forget = qScopeGuard([this] { m_tickPointer.reset(); });
+    m_tickNow = m_clock.now();
+    const auto forget = qScopeGuard([this] {
+        m_tickPointer.reset();
+        m_tickNow.reset();
+    });
     const QPointF p = m_tickPointer->location;
 
     readWindowsIfStale();

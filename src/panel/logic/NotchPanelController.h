@@ -103,7 +103,7 @@ public:
     MirlState currentState(const ScreenDescription& screen) const;
 
 private:
-    double now() const { return m_clock.now(); }
+    double now() const { return m_tickNow ? *m_tickNow : m_clock.now(); }
     double motionSpeed() const;
     Spring spring(double response, double damping) const;
     // The pass's pointer reading inside a tick, else a fresh one.
@@ -135,6 +135,7 @@ private:
     std::optional<double> m_libraryExitSince;
     std::optional<double> m_triggerSince;
     std::optional<PointerReading> m_tickPointer;
+    std::optional<double> m_tickNow;
     QTimer m_mouseTimer;
     bool m_fullscreenActive = false;
     bool m_overviewActive = false;

@@ -1,6 +1,7 @@
 #include "platform/linux/x11/X11ChangeWatch.h"
 
 #include "platform/linux/x11/X11Connection.h"
+#include "platform/linux/x11/X11WindowFacts.h"
 
 #include <QGuiApplication>
 #include <QScreen>
@@ -33,6 +34,8 @@ X11ChangeWatch::X11ChangeWatch() {
                          XCB_EVENT_MASK_ENTER_WINDOW | XCB_EVENT_MASK_LEAVE_WINDOW;
     xcb_change_window_attributes(c, root, XCB_CW_EVENT_MASK, &mask);
     m_windowEvents = true;
+    for (const QByteArray& name : X11WindowFacts::propertiesRead())
+        m_listAtoms.append(atom(name.constData()));
     // The list's bounds and the display rectangle follow the screens.
     const auto screensMoved = [this] { m_windowsChanged = true; };
     const auto watchScreen = [this, screensMoved](QScreen* s) {
@@ -136,8 +139,11 @@ bool X11ChangeWatch::nativeEventFilter(const QByteArray& eventType, void* messag
     case XCB_REPARENT_NOTIFY:
     case XCB_CIRCULATE_NOTIFY:
     case XCB_GRAVITY_NOTIFY:
-    case XCB_PROPERTY_NOTIFY:
         m_windowsChanged = true;
+        break;
+    case XCB_PROPERTY_NOTIFY:
+        if (m_listAtoms.contains(static_cast<const xcb_property_notify_event_t*>(message)->atom))
+            m_windowsChanged = true;
         break;
     default:
         break;

@@ -4,6 +4,7 @@
 #include "platform/WindowFacts.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QList>
 #include <QObject>
 #include <functional>
 #include <optional>
@@ -16,8 +17,9 @@ namespace MirlPlayer {
 // raw event, so the root's own motion and crossing events stand in for the warps that land on
 // or leave the bare desktop) and when the window list may differ (the root's substructure and
 // properties, the properties of every other client's window the list has shown, see
-// `watchWindow`, and Qt's screens); until then the last readings stand. Works on Qt's own
-// connection only, where Qt reads the events; elsewhere every reading asks the server as before.
+// `watchWindow`, and Qt's screens; of the properties only those the list reads count); until then
+// the last readings stand. Works on Qt's own connection only, where Qt reads the events; elsewhere
+// every reading asks the server as before.
 class X11ChangeWatch : private QAbstractNativeEventFilter {
 public:
     X11ChangeWatch();
@@ -45,6 +47,7 @@ private:
     bool m_windowsChanged = true;
     quint8 m_xinputOpcode = 0;
     quint32 m_root = 0;
+    QList<quint32> m_listAtoms; // the properties the window list reads
     // The ids of this connection's own windows: (id & ~mask) == base.
     quint32 m_ownIdBase = 0;
     quint32 m_ownIdMask = 0;

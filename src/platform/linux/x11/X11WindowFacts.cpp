@@ -22,7 +22,24 @@ bool X11WindowFacts::connected() const {
 }
 
 qint64 X11WindowFacts::ownPid() const {
-    return QCoreApplication::applicationPid();
+    // Asked by the placement tests several times a second; a process keeps its pid.
+    static const qint64 pid = QCoreApplication::applicationPid();
+    return pid;
+}
+
+const QList<QByteArray>& X11WindowFacts::propertiesRead() {
+    static const QList<QByteArray> names{"WM_STATE",
+                                         "WM_CLASS",
+                                         "_NET_WM_PID",
+                                         "_NET_WM_WINDOW_TYPE",
+                                         "_NET_WM_STATE",
+                                         "_NET_WM_WINDOW_OPACITY",
+                                         "_NET_WM_STRUT_PARTIAL",
+                                         "_NET_SUPPORTED",
+                                         "_NET_WORKAREA",
+                                         "_NET_SUPPORTING_WM_CHECK",
+                                         "_NET_CURRENT_DESKTOP"};
+    return names;
 }
 
 quint32 X11WindowFacts::findClient(quint32 window, int depth) {

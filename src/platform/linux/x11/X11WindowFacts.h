@@ -25,6 +25,9 @@ public:
     qint64 ownPid() const override;
 
     void setOverviewSource(std::function<bool()> source) { m_overview = std::move(source); }
+    // The properties the list reads, on the root and on client windows: a change of any other
+    // (a title, a user time) leaves the list as it is.
+    static const QList<QByteArray>& propertiesRead();
     // Called with each client window when it first appears in the list, before its properties
     // are read (the change watch selects its property changes there).
     void setNewClientHook(std::function<void(quint32)> hook) { m_newClient = std::move(hook); }
