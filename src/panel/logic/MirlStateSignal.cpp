@@ -17,9 +17,8 @@ QVariantMap MirlState::userInfo() const {
 }
 
 void MirlStateSignal::send(const MirlState& state) {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
-        return;
+    // Without a bus `send` fails silently, as the broadcast should; asking first would cost a
+    // lock on every one of them.
     // The tick repeats the same state five times a second: the message is made once per state.
     static std::optional<std::pair<MirlState, QDBusMessage>> last;
     if (!last || last->first != state) {
@@ -27,7 +26,7 @@ void MirlStateSignal::send(const MirlState& state) {
         message << state.userInfo();
         last.emplace(state, message);
     }
-    bus.send(last->second);
+    QDBusConnection::sessionBus().send(last->second);
 }
 
 } // namespace MirlPlayer
