@@ -1,38 +1,23 @@
 import QtQuick
 import MirlPlayer.Surface
-import Qt5Compat.GraphicalEffects
 
 // The cover, filling its square and clipped to its rounded corners (a real rounded clip: the
-// corners outside the curve stay transparent). Without a cover: a faint rounded square with a
-// note.
+// corners outside the curve stay transparent), one picture painted when it changes. Without a
+// cover: a faint rounded square with a note.
 Item {
     id: view
     property string source: ""
     property real corner: 16
 
-    readonly property bool hasImage: source !== "" && image.status === Image.Ready
+    readonly property bool hasImage: image.ready
 
-    Image {
+    RoundedArtwork {
         id: image
-        anchors.fill: parent
-        source: view.source
-        fillMode: Image.PreserveAspectCrop
-        sourceSize: Qt.size(360, 360)
-        visible: false
-        asynchronous: false
-    }
-    Rectangle {
-        id: mask
-        anchors.fill: parent
-        radius: view.corner
-        visible: false
-    }
-    OpacityMask {
         objectName: "roundedArtwork"
         anchors.fill: parent
         visible: view.hasImage
-        source: image
-        maskSource: mask
+        source: view.source
+        corner: view.corner
     }
     Rectangle {
         objectName: "artPlaceholder"

@@ -6,6 +6,7 @@
 #include "panel/GlassFill.h"
 #include "panel/NowPlayingArtists.h"
 #include "panel/ReflectionView.h"
+#include "panel/RoundedArtwork.h"
 #include "panel/SurfaceGeometry.h"
 #include "panel/SurfaceSlots.h"
 #include "panel/TimelineModel.h"
@@ -65,6 +66,7 @@ void registerSurfaceTypes() {
         qmlRegisterType<ControlStyleModel>(uri, 1, 0, "ControlStyleModel");
         qmlRegisterType<ReflectionView>(uri, 1, 0, "ReflectionView");
         qmlRegisterType<GlassFill>(uri, 1, 0, "GlassFill");
+        qmlRegisterType<RoundedArtwork>(uri, 1, 0, "RoundedArtwork");
         qmlRegisterType<PlayerBackdrop>(uri, 1, 0, "BackdropRules");
         qmlRegisterSingletonType<SurfaceGeometry>(
             uri, 1, 0, "SurfaceGeometry",
