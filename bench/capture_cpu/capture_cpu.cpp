@@ -1,6 +1,6 @@
 // What listening costs: runs the program on a private X server (Xvfb, OpenGL through Mesa's
-// llvmpipe) against the private player environment and measures the CPU time it uses (user +
-// system, from /proc) per minute in three phases: capturing the playing player with the resting
+// llvmpipe) against the private player environment and measures the CPU time it uses per minute
+// in three phases: capturing the playing player with the resting
 // pill, with the card open on the bars visualizer, and with the player paused, when nothing of
 // the capture may run. While the pill rests, cava (when installed) listens to the same stream in
 // the same seconds: 128 bars at 60 frames a second through the PulseAudio interface, raw output
@@ -8,6 +8,11 @@
 // second (bare_window.cpp): what any panel drawn with the toolkit pays here. Each busy phase is
 // cut into slices and its figure is the median of its slices; the paused figure is the whole
 // phase.
+// Every process is measured the same way: the kernel's own run time in nanoseconds, the first
+// field of /proc/<pid>/task/<tid>/schedstat, summed over the process's threads (a thread that
+// starts within a slice counts from zero; one that ends within it loses its last part). Only
+// where schedstat is absent does it fall back to utime + stime of /proc/<pid>/stat, which the
+// kernel counts in 10 ms ticks: too coarse for a paused program at a few tenths of a percent.
 // MIRL_BENCH_SECONDS sets the length of each phase (default 60).
 #include "X11TestSession.h"
 
@@ -28,6 +33,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 #include <unistd.h>
 
 namespace {
@@ -44,18 +50,47 @@ bool waitFor(const std::function<bool()>& ready, int timeoutMs) {
     return ready();
 }
 
-// CPU seconds (user + system) that process `pid` has used so far, or -1.
-double cpuSeconds(qint64 pid) {
+// Run time of each thread of process `pid` so far, in seconds, by thread id; empty when the
+// process is gone. From schedstat (nanoseconds) where the kernel keeps it; otherwise the whole
+// process from /proc/<pid>/stat under the id 0.
+using ThreadTimes = std::map<qint64, double>;
+
+ThreadTimes threadTimes(qint64 pid) {
+    ThreadTimes times;
+    const QDir tasks(QStringLiteral("/proc/%1/task").arg(pid));
+    for (const QString& tid : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile file(tasks.filePath(tid + u"/schedstat"));
+        if (!file.open(QIODevice::ReadOnly))
+            continue; // no schedstat here, or the thread just ended
+        bool ok = false;
+        const qint64 ns = file.readAll().split(' ').value(0).toLongLong(&ok);
+        if (ok)
+            times[tid.toLongLong()] = double(ns) / 1e9;
+    }
+    if (!times.empty())
+        return times;
     QFile file(QStringLiteral("/proc/%1/stat").arg(pid));
     if (!file.open(QIODevice::ReadOnly))
-        return -1;
+        return times;
     const QByteArray stat = file.readAll();
     // Fields after the command name, which may contain blanks, start after the last ')'.
     const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
-    if (fields.size() < 13)
+    if (fields.size() >= 13) // utime, stime
+        times[0] = (fields[11].toDouble() + fields[12].toDouble()) / double(::sysconf(_SC_CLK_TCK));
+    return times;
+}
+
+// CPU seconds used between two readings: each thread seen at the end from its start reading, or
+// from zero when it began in between. -1 when the process was gone at either reading.
+double cpuBetween(const ThreadTimes& start, const ThreadTimes& end) {
+    if (start.empty() || end.empty())
         return -1;
-    const double ticks = double(::sysconf(_SC_CLK_TCK));
-    return (fields[11].toDouble() + fields[12].toDouble()) / ticks; // utime, stime
+    double sum = 0;
+    for (const auto& [tid, seconds] : end) {
+        const auto before = start.find(tid);
+        sum += seconds - (before == start.end() ? 0.0 : before->second);
+    }
+    return sum;
 }
 
 bool captureLinked() {
@@ -97,19 +132,19 @@ double median(std::vector<double> v) {
 }
 
 // CPU seconds per minute of each process over the same `seconds`, as the median of the slices.
-// The kernel counts in ticks of 10 ms, so a nearly idle process is measured in one slice.
+// A nearly idle process is measured in one slice: its wakes come in bursts of a few seconds.
 std::vector<double> measure(const std::vector<qint64>& pids, int seconds, int slices = 5) {
     std::vector<std::vector<double>> perSlice(pids.size());
     const double slice = double(seconds) / slices;
     for (int s = 0; s < slices; ++s) {
-        std::vector<double> start;
+        std::vector<ThreadTimes> start;
         for (qint64 pid : pids)
-            start.push_back(cpuSeconds(pid));
+            start.push_back(threadTimes(pid));
         QThread::msleep(qint64(slice * 1000));
         for (size_t i = 0; i < pids.size(); ++i) {
-            const double end = cpuSeconds(pids[i]);
-            if (start[i] >= 0 && end >= 0)
-                perSlice[i].push_back((end - start[i]) * 60.0 / slice);
+            const double used = cpuBetween(start[i], threadTimes(pids[i]));
+            if (used >= 0)
+                perSlice[i].push_back(used * 60.0 / slice);
         }
     }
     std::vector<double> result;
