@@ -7,6 +7,8 @@ import MirlPlayer.Visualizers
 ContentFade {
     id: pill
     required property var player
+    // False while another layer shows the pill: the meter then rests and draws nothing.
+    property bool live: true
     width: 20
     height: 11
     hiddenScale: 1.2
@@ -21,7 +23,7 @@ ContentFade {
         objectName: "pillVisualizerSlot"
         anchors.fill: parent
         visible: pill.miniature
-        levels: pill.miniature && pill.shown && pill.player.eqStore ? pill.player.eqStore.levels : []
+        levels: pill.miniature && pill.shown && pill.live && pill.player.eqStore ? pill.player.eqStore.levels : []
         color: pill.theme.inkColor
     }
     SymbolGlyph {

@@ -15,6 +15,8 @@ Item {
     readonly property bool open: panel.expanded
     readonly property bool libraryOpen: open && panel.libraryOpen === true
     readonly property bool wide: theme.showVisualizer
+    // The resting pill is shown by a layer of its own: the pill here holds still beneath it.
+    readonly property bool overlaid: panel.pillOverlaid === true
     readonly property rect shape: panel.cardRect
     readonly property string arrangement: !open ? "pill"
                                                 : libraryOpen ? "library"
@@ -50,7 +52,7 @@ Item {
             rules: rules
             cornerRadius: surface.corner
             accent: root.player.accent
-            levels: root.player.eqStore
+            levels: root.overlaid ? null : root.player.eqStore
             theme: root.theme
             libraryOpen: root.libraryOpen
         }
@@ -61,6 +63,7 @@ Item {
             x: (surface.width - width) / 2
             y: (surface.height - height) / 2
             shown: !root.open
+            live: !root.overlaid
             player: root.player
             theme: root.theme
         }

@@ -1,8 +1,6 @@
 #include "panel/ReflectionView.h"
 
-#include "audio/EQTuning.h"
 #include "audio/LevelsStore.h"
-#include "look/Reflection.h"
 #include "look/Theme.h"
 #include "visualizers/VizConfig.h"
 
@@ -39,7 +37,7 @@ void ReflectionView::setKind(const QString& kind) {
     if (kind == m_kind)
         return;
     m_kind = kind;
-    m_envelope = {}; // a light that leaves and returns starts from dark
+    m_light.reset();
     Q_EMIT kindChanged();
     update();
 }
@@ -88,44 +86,14 @@ void ReflectionView::setGlass(PlayerBackdrop* glass) {
     update();
 }
 
-ReflectionFrame ReflectionView::nextFrame() {
-    if (!m_store || !m_theme)
-        return {};
-    const ReflectionKind kind =
-        m_kind == QLatin1String("edge") ? ReflectionKind::edge : ReflectionKind::glass;
-    VizConfig* viz = config();
-    const ReflectionSettings s = reflectionSettings(
-        kind, m_libraryOpen, [viz](const QString& key) { return viz->value(key); });
-    // Below the threshold no light is drawn and the envelope's time stands still.
-    if (s.amount <= 0.001)
-        return {};
-    const std::vector<double>& mags =
-        m_envelope.update(m_store->levels(), pools, s.attack, s.release, m_clock.now());
-    const EQTuning& t = EQTuning::shared();
-    const LightTuning tuning{t.floorBright, t.peakBright, t.peakWhite};
-    Theme* theme = m_theme;
-    const auto colourAt = [theme, &s, &tuning](double p, double m) {
-        return lightColour(theme->colorAt(std::nullopt, p), m, s.colour, tuning);
-    };
-    return kind == ReflectionKind::glass ? glassReflection(mags, width(), height(), s, colourAt)
-                                         : edgeReflection(mags, width(), height(), s, colourAt);
-}
-
 void ReflectionView::paint(QPainter* painter) {
     if (width() <= 0 || height() <= 0)
         return;
     std::optional<ReflectionRaster::Glass> glass;
-    if (m_glass) {
-        const QColor c = m_glass->frostAndVeil();
-        const float a = c.alphaF();
-        glass = ReflectionRaster::Glass{c.redF() * a,
-                                        c.greenF() * a,
-                                        c.blueF() * a,
-                                        a,
-                                        float(m_glass->reflectionOpacity()),
-                                        float(m_glass->sheenOpacity())};
-    }
-    const ReflectionFrame frame = nextFrame();
+    if (m_glass)
+        glass = glassOf(*m_glass);
+    const ReflectionFrame frame =
+        m_light.next(m_store, m_theme, *config(), m_kind, m_libraryOpen, size());
     if (!glass && frame.blobs.empty() && !frame.wash)
         return;
     // The texture is smaller than the layer: the painter scales, and the image, in the texture's

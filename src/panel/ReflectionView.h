@@ -1,11 +1,10 @@
 #pragma once
 
 #include "audio/LevelsStore.h"
-#include "core/Clock.h"
 #include "look/PlayerBackdrop.h"
-#include "look/ReflectionEnvelope.h"
 #include "look/ReflectionRaster.h"
 #include "look/Theme.h"
+#include "panel/ReflectionLight.h"
 #include "visualizers/VizConfig.h"
 
 #include <QPointer>
@@ -34,7 +33,7 @@ class ReflectionView : public QQuickPaintedItem {
     // Points of blur the layer asks for (18 in the library, else 0).
     Q_PROPERTY(double blur READ blur NOTIFY libraryOpenChanged)
 public:
-    static constexpr int pools = 22;
+    static constexpr int pools = ReflectionLight::pools;
 
     explicit ReflectionView(QQuickItem* parent = nullptr);
 
@@ -67,8 +66,6 @@ Q_SIGNALS:
 
 private:
     void updateTextureSize();
-    // The light of this redraw (nothing below the amount's threshold); moves the envelope on.
-    ReflectionFrame nextFrame();
 
     QString m_kind = QStringLiteral("glass");
     QPointer<LevelsStore> m_store;
@@ -77,9 +74,8 @@ private:
     QPointer<PlayerBackdrop> m_glass;
     bool m_libraryOpen = false;
     double m_cornerRadius = 0;
-    ReflectionEnvelope m_envelope;
+    ReflectionLight m_light;
     ReflectionRaster m_raster;
-    Clock& m_clock = Clock::system();
 };
 
 } // namespace MirlPlayer

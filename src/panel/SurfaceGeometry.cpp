@@ -37,12 +37,24 @@ QString SurfaceGeometry::cutCornerPath(double w, double h, double cut) {
         .arg(n(cut), n(w), n(h - cut), n(w - cut), n(h));
 }
 
+QPainterPath SurfaceGeometry::symbolShape(const QString& kind, double s) {
+    QPainterPath path;
+    if (kind == u"pause") {
+        path.addRect(s * 0.15, 0, s * 0.25, s);
+        path.addRect(s * 0.6, 0, s * 0.25, s);
+    } else if (kind == u"play") {
+        path.addPolygon(QPolygonF({{s * 0.1, 0}, {s, s / 2}, {s * 0.1, s}}));
+        path.closeSubpath();
+    } else if (kind == u"next" || kind == u"previous") {
+        // A triangle and a bar; "previous" is drawn mirrored.
+        path.addPolygon(QPolygonF({{0, 0}, {s * 0.75, s / 2}, {0, s}}));
+        path.closeSubpath();
+        path.addRect(s * 0.8, 0, s * 0.2, s);
+    }
+    return path;
+}
+
 QString SurfaceGeometry::symbolPath(const QString& kind, double s) {
-    if (kind == u"pause")
-        return QStringLiteral("M %1 0 h %2 v %3 h -%2 Z M %4 0 h %2 v %3 h -%2 Z")
-            .arg(n(s * 0.15), n(s * 0.25), n(s), n(s * 0.6));
-    if (kind == u"play")
-        return QStringLiteral("M %1 0 L %2 %3 L %1 %4 Z").arg(n(s * 0.1), n(s), n(s / 2), n(s));
     if (kind == u"note") {
         // An eighth note: an oval head, a stem and a flag.
         const QString head =
@@ -53,9 +65,20 @@ QString SurfaceGeometry::symbolPath(const QString& kind, double s) {
                                n(s * 0.28), n(s * 0.84), n(s * 0.42), n(s * 0.62))
                           .arg(n(s * 0.34), n(s * 0.30));
     }
-    // "next" and "previous": a triangle and a bar.
-    return QStringLiteral("M 0 0 L %1 %2 L 0 %3 Z M %4 0 h %5 v %3 h -%5 Z")
-        .arg(n(s * 0.75), n(s / 2), n(s), n(s * 0.8), n(s * 0.2));
+    // The straight-edged symbols as the painter has them: each figure a polygon.
+    QStringList parts;
+    const QPainterPath path = symbolShape(kind, s);
+    for (int i = 0; i < path.elementCount(); ++i) {
+        const QPainterPath::Element e = path.elementAt(i);
+        if (e.isMoveTo() && i > 0)
+            parts << QStringLiteral("Z");
+        parts << QStringLiteral("%1 %2 %3")
+                     .arg(QLatin1Char(e.isMoveTo() ? 'M' : 'L'))
+                     .arg(n(e.x), n(e.y));
+    }
+    if (!parts.isEmpty())
+        parts << QStringLiteral("Z");
+    return parts.join(u' ');
 }
 
 QList<int> SurfaceGeometry::pixelGlyph(const QString& name) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPainterPath>
 #include <QRect>
 #include <QRectF>
 #include <QString>
@@ -24,6 +25,8 @@ public:
     // "play", "pause", "next", "previous" (drawn as "next" mirrored) and "note" in a square of
     // `size`.
     Q_INVOKABLE static QString symbolPath(const QString& kind, double size);
+    // The same outline for a painter; "note" is not among them and gives an empty path.
+    static QPainterPath symbolShape(const QString& kind, double size);
     // The 49 squares of a pixel glyph, row by row: "play", "pause", "next", "prev".
     Q_INVOKABLE static QList<int> pixelGlyph(const QString& name);
 

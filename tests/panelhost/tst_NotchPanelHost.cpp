@@ -1,5 +1,6 @@
 // The application's panel on a private X server: the Qt Quick view driven by the controller.
 #include "X11TestMain.h"
+#include "look/Theme.h"
 #include "panel/host/NotchPanelHost.h"
 #include "playback/PlayerState.h"
 
@@ -14,6 +15,7 @@
 #include <QRasterWindow>
 #include <QScreen>
 #include <QTest>
+#include <atomic>
 
 using namespace MirlPlayer;
 
@@ -35,6 +37,15 @@ int largestDifference(const QImage& a, const QImage& b) {
         }
     }
     return largest;
+}
+
+// How many pixels differ by more than `levels` in a channel.
+int pixelsApart(const QImage& a, const QImage& b, int levels) {
+    int apart = 0;
+    for (int y = 0; y < std::min(a.height(), b.height()); ++y)
+        for (int x = 0; x < std::min(a.width(), b.width()); ++x)
+            apart += largestDifference(a.copy(x, y, 1, 1), b.copy(x, y, 1, 1)) > levels;
+    return apart;
 }
 
 // Another application's window under the panel, counting the presses that reach it.
@@ -126,6 +137,84 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!host.expanded(), 2000);
         QTRY_COMPARE_WITH_TIMEOUT(host.shape(), QRectF(723, 38, 66, 24), 3000);
         QCOMPARE(host.panel()->level(), 27);
+    }
+
+    void theRestingPillIsDrawnOverAStillScene_data() {
+        QTest::addColumn<QString>("background");
+        QTest::addColumn<bool>("meter");
+        QTest::newRow("frosted glass and the meter") << QStringLiteral("frosted") << true;
+        QTest::newRow("black and the play symbol") << QStringLiteral("solid") << false;
+    }
+    void theRestingPillIsDrawnOverAStillScene() {
+        QFETCH(QString, background);
+        QFETCH(bool, meter);
+        Theme::shared().setBackgroundStyleID(background);
+        Theme::shared().setShowVisualizer(meter);
+        PlayerState player(nullptr);
+        player.eqStore()->setLevels(QList<double>(128, 0.0));
+        NotchPanelController::Outputs out;
+        out.broadcast = [](const MirlState&) {};
+        pointerTo(100, 900);
+        NotchPanelHost host(player, {}, out);
+        QVERIFY(host.show());
+        QVERIFY(QTest::qWaitForWindowExposed(host.window()));
+        QTRY_VERIFY(host.pillOverlaid());
+        const QRect pill = host.shape().toAlignedRect();
+        const auto onScreen = [&] {
+            return QGuiApplication::primaryScreen()
+                ->grabWindow(0, pill.x(), pill.y(), pill.width(), pill.height())
+                .toImage();
+        };
+
+        // In silence the layer shows what the scene draws, up to the rasterisers' rounding on a
+        // few edge pixels (a pill one pixel off differs along its whole outline); the
+        // indicator's edges are smoothed in the layer alone, so its box counts by its ink.
+        QTest::qWait(300);
+        const QImage shown = onScreen();
+        const QImage scene = host.window()
+                                 ->grabWindow()
+                                 .convertToFormat(QImage::Format_ARGB32_Premultiplied)
+                                 .copy(pill.translated(-host.window()->geometry().topLeft()))
+                                 .convertToFormat(shown.format());
+        const QRect box((pill.width() - 20) / 2, (pill.height() - 11) / 2, 21, 12);
+        const auto outsideBox = [&](QImage image) {
+            QPainter(&image).fillRect(box, Qt::red);
+            return image;
+        };
+        QCOMPARE_LE(pixelsApart(outsideBox(shown), outsideBox(scene), 48), 24);
+        const auto ink = [&](const QImage& image) {
+            int sum = 0;
+            for (int y = box.top(); y <= box.bottom(); ++y)
+                for (int x = box.left(); x <= box.right(); ++x)
+                    sum += qGray(image.pixel(x, y));
+            return sum;
+        };
+        QVERIFY2(std::abs(ink(shown) - ink(scene)) < ink(scene) / 4,
+                 qPrintable(QStringLiteral("%1 against %2").arg(ink(shown)).arg(ink(scene))));
+
+        // Music: the layer moves with it, the scene beneath draws no frame.
+        std::atomic<int> frames = 0;
+        connect(
+            host.window(), &QQuickWindow::frameSwapped, this, [&] { ++frames; },
+            Qt::DirectConnection);
+        QImage first;
+        for (int i = 0; i < 12; ++i) {
+            player.eqStore()->setLevels(QList<double>(128, (i % 3) * 0.45));
+            QTest::qWait(40);
+            if (i == 1)
+                first = onScreen();
+        }
+        QCOMPARE(frames.load(), 0);
+        if (meter)
+            QCOMPARE_GT(largestDifference(onScreen(), first), 60);
+
+        // Opening hands the pill back to the scene.
+        pointerTo(pill.center().x(), pill.center().y());
+        QTRY_VERIFY_WITH_TIMEOUT(host.expanded(), 2000);
+        QVERIFY(!host.pillOverlaid());
+        QTRY_VERIFY_WITH_TIMEOUT(frames.load() > 0, 2000);
+        pointerTo(100, 900);
+        QTRY_VERIFY_WITH_TIMEOUT(host.pillOverlaid(), 4000);
     }
 
     void thePillKeepsItsPixelsThroughAnOpenAndCloseAndClicksBesideItFallThrough() {

@@ -4,7 +4,10 @@
 #include "look/PlayerBackdrop.h"
 #include "panel/PanelView.h"
 #include "panel/SurfaceGeometry.h"
+#include "platform/linux/x11/X11PillLayer.h"
 #include "playback/PlayerState.h"
+
+#include <QGuiApplication>
 
 #include <QLoggingCategory>
 #include <QQmlEngine>
@@ -46,6 +49,9 @@ NotchPanelHost::NotchPanelHost(PlayerState& player, NotchPanelController::Inputs
 }
 
 NotchPanelHost::~NotchPanelHost() {
+    // The view outlives the panel and the layer over it: its last signals find nobody here.
+    if (m_view)
+        disconnect(m_view.get(), nullptr, this, nullptr);
     if (m_controller)
         m_controller->stop();
 }
@@ -91,6 +97,15 @@ void NotchPanelHost::updateDrawnRect() {
         m_drawn = shape().adjusted(-s, -s, s, s);
     }
     m_panel->setDrawnRect(m_drawn);
+    updateOverlay();
+}
+
+void NotchPanelHost::updateOverlay() {
+    if (!m_overlay)
+        return;
+    m_overlay->setShape(shape().translated(-m_panel->contentOffset()), cornerRadius(),
+                        m_view->devicePixelRatio());
+    m_overlay->setResting(!expanded() && !m_motion->moving() && m_view->isVisible());
 }
 
 void NotchPanelHost::updateBlur() {
@@ -137,6 +152,7 @@ bool NotchPanelHost::show() {
     // stay the frame's.
     m_panel->onContentOffset = [this](QPoint offset) {
         m_view->contentItem()->setPosition(-offset);
+        updateOverlay();
     };
     m_panel->editableTextAt = [this](QPointF p) {
         return editableTextAt(m_view->contentItem(), p);
@@ -154,6 +170,15 @@ bool NotchPanelHost::show() {
         m_windowPointer.attach(m_view.get());
         m_panel->setWatchesHover(true);
     }
+    // On X11 the resting pill draws into a layer of its own while the scene holds still.
+    std::unique_ptr<PillLayer> layer;
+    if (QGuiApplication::platformName() == u"xcb")
+        layer = std::make_unique<X11PillLayer>(m_view.get());
+    m_overlay = std::make_unique<RestingPillOverlay>(m_player, m_theme, std::move(layer));
+    connect(m_overlay.get(), &RestingPillOverlay::coveringChanged, this,
+            &NotchPanelHost::pillOverlaidChanged);
+    connect(m_view.get(), &QWindow::visibleChanged, this, &NotchPanelHost::updateOverlay);
+    connect(this, &NotchPanelHost::expandedChanged, this, &NotchPanelHost::updateOverlay);
     m_controller->start(m_panel.get());
     updateDrawnRect();
     updateBlur();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "look/Theme.h"
+#include "panel/host/RestingPillOverlay.h"
 #include "panel/logic/NotchPanelController.h"
 #include "panel/logic/PillMotion.h"
 #include "platform/linux/wayland/PanelBackend.h"
@@ -46,6 +47,9 @@ class NotchPanelHost : public QObject {
     Q_PROPERTY(bool animatesShape READ animatesShape CONSTANT)
     // The view the open library shows below its header bar; none leaves the place empty.
     Q_PROPERTY(QUrl libraryView READ libraryView CONSTANT)
+    // The resting pill is shown by its own layer over the window (RestingPillOverlay): the view
+    // holds its pill still beneath.
+    Q_PROPERTY(bool pillOverlaid READ pillOverlaid NOTIFY pillOverlaidChanged)
 public:
     NotchPanelHost(PlayerState& player, NotchPanelController::Inputs inputs,
                    NotchPanelController::Outputs outputs, Theme& theme = Theme::shared(),
@@ -80,6 +84,7 @@ public:
     bool animatesShape() const { return true; }
     double cornerRadius() const { return m_motion->cornerRadius(); }
     bool libraryOpen() const { return m_controller->layout()->libraryOpen(); }
+    bool pillOverlaid() const { return m_overlay && m_overlay->covering(); }
 
     Q_INVOKABLE static QString formatTime(double seconds);
     // An artist or album link in the title block: opens the library on it.
@@ -102,11 +107,13 @@ Q_SIGNALS:
     void geometryChanged();
     void artworkSourceChanged();
     void libraryOpenChanged();
+    void pillOverlaidChanged();
 
 private:
     void updateArtwork();
     void updateBlur();
     void updateDrawnRect();
+    void updateOverlay();
 
     PlayerState& m_player;
     Theme& m_theme;
@@ -126,6 +133,7 @@ private:
     std::function<void(QQmlEngine&)> m_engineSetup;
     QUrl m_libraryView;
     std::unique_ptr<X11NotchPanel> m_panel;
+    std::unique_ptr<RestingPillOverlay> m_overlay;
     X11BlurBehind m_blur;
     ArtworkImageProvider* m_artwork = nullptr; // owned by the view's engine
     int m_artworkGeneration = 0;
