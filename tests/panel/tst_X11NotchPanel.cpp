@@ -202,6 +202,16 @@ private Q_SLOTS:
         m_panel->editableTextAt = {};
     }
 
+    void theDimmingFadesAndTurnsBackFromWhereItIs() {
+        m_panel->animateAlpha(0.35, 1.0);
+        QTest::qWait(200);
+        const double midway = m_window->opacity();
+        QVERIFY2(midway < 1 && midway > 0.35, qPrintable(QString::number(midway)));
+        m_panel->animateAlpha(1, 0.2); // woken mid-fade: no jump
+        QCOMPARE(m_window->opacity(), midway);
+        QTRY_COMPARE(m_window->opacity(), 1.0);
+    }
+
     void cleanupTestCase() {
         m_controller.reset();
         m_panel.reset();

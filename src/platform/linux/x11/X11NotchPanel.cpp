@@ -1,11 +1,11 @@
 #include "platform/linux/x11/X11NotchPanel.h"
 
+#include "platform/linux/x11/WindowFade.h"
 #include "platform/linux/x11/X11Connection.h"
 #include "platform/linux/x11/X11Screens.h"
 
 #include <QEvent>
 #include <QMouseEvent>
-#include <QPropertyAnimation>
 #include <QWindow>
 
 #include <xcb/xcb.h>
@@ -15,7 +15,7 @@ namespace MirlPlayer {
 X11NotchPanel::X11NotchPanel(QWindow* window, QObject* parent)
     : QObject(parent)
     , m_window(window) {
-    m_fade = new QPropertyAnimation(window, "opacity", this);
+    m_fade = new WindowFade(window, this);
     window->installEventFilter(this);
 }
 
@@ -155,13 +155,7 @@ void X11NotchPanel::applyInputRegion(bool force) {
 }
 
 void X11NotchPanel::animateAlpha(double alpha, double seconds) {
-    if (!m_window)
-        return;
-    m_fade->stop();
-    m_fade->setDuration(int(seconds * 1000));
-    m_fade->setStartValue(m_window->opacity());
-    m_fade->setEndValue(alpha);
-    m_fade->start();
+    m_fade->start(alpha, seconds);
 }
 
 void X11NotchPanel::resignKey() {

@@ -10,9 +10,10 @@
 #include <functional>
 
 class QWindow;
-class QPropertyAnimation;
 
 namespace MirlPlayer {
+
+class WindowFade;
 
 // Drives a Qt window as the notch panel on X11: frame in screen points, stacking, fading, and
 // click-through everywhere except the hit rectangle by an XShape input region (drawing is left
@@ -84,7 +85,7 @@ private:
     PanelInputRegion m_input;
     QRect m_applied{0, 0, -1, -1};
     bool m_everApplied = false;
-    QPropertyAnimation* m_fade = nullptr;
+    WindowFade* m_fade = nullptr;
 };
 
 } // namespace MirlPlayer
