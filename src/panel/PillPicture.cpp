@@ -138,14 +138,15 @@ const QImage& PillPicture::mark(const QString& symbol, QSizeF pixels, QPointF fr
         m_markScale = look.devicePixelRatio;
     }
     // Heights come in whole device pixels and places in quarters of one: a handful of pictures.
-    const auto quarter = [](double v) { return qint64(std::lround(v * 4)); };
-    const QString key = QStringLiteral("%1 %2 %3 %4 %5")
-                            .arg(symbol)
-                            .arg(quarter(pixels.width()))
-                            .arg(quarter(pixels.height()))
-                            .arg(quarter(fraction.x()))
-                            .arg(quarter(fraction.y()));
-    if (const auto found = m_marks.constFind(key); found != m_marks.cend())
+    const auto quarter = [](double v) { return quint64(std::lround(v * 4)) & 0xffff; };
+    const quint64 figure = symbol.isEmpty()     ? 0
+                           : symbol == u"play"  ? 1
+                           : symbol == u"pause" ? 2
+                                                : 3;
+    const quint64 key = figure << 62 | quarter(pixels.width()) << 42 |
+                        quarter(pixels.height()) << 26 | quarter(fraction.x()) << 10 |
+                        (quarter(fraction.y()) & 0x3ff);
+    if (const auto found = m_marks.constFind(key); found != m_marks.cend() && figure != 3)
         return *found;
     const QSize size(int(std::ceil(fraction.x() + pixels.width())),
                      int(std::ceil(fraction.y() + pixels.height())));

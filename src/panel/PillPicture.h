@@ -68,7 +68,7 @@ private:
     QImage m_image;
     QImage m_rim;
     RimKey m_rimKey;
-    QHash<QString, QImage> m_marks;
+    QHash<quint64, QImage> m_marks;
     QColor m_markInk;
     double m_markScale = 0;
 };

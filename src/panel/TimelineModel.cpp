@@ -21,6 +21,10 @@ void TimelineModel::setShown(bool shown) {
     if (m_player)
         m_player->setPositionShown(this, shown);
     Q_EMIT shownChanged();
+    // Hidden, it let the position go by unannounced (a hidden text that changes still costs the
+    // window a frame): shown again, it catches up.
+    if (shown)
+        Q_EMIT changed();
 }
 
 void TimelineModel::setPlayer(PlayerState* player) {
@@ -34,7 +38,10 @@ void TimelineModel::setPlayer(PlayerState* player) {
     m_player = player;
     if (player) {
         connect(player, &PlayerState::durationChanged, this, &TimelineModel::changed);
-        connect(player->clock(), &PlaybackClock::positionChanged, this, &TimelineModel::changed);
+        connect(player->clock(), &PlaybackClock::positionChanged, this, [this] {
+            if (m_shown || m_dragFrac)
+                Q_EMIT changed();
+        });
         player->setPositionShown(this, m_shown);
     }
     Q_EMIT playerChanged();

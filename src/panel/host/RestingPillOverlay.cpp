@@ -6,6 +6,7 @@
 #include "visualizers/VizConfig.h"
 
 #include <cmath>
+#include <utility>
 
 namespace MirlPlayer {
 
@@ -93,8 +94,12 @@ void RestingPillOverlay::follow(bool on) {
     m_followed = store;
     if (store)
         m_levels = connect(store, &LevelsStore::levelsChanged, this, [this] {
+            // The capsules' steps and the new light make one picture, drawn right away.
+            const bool pending = std::exchange(m_scheduled, true);
             retarget();
-            schedule();
+            m_scheduled = pending;
+            if (!pending)
+                redraw();
         });
     retarget();
 }
@@ -117,13 +122,17 @@ void RestingPillOverlay::schedule() {
         this,
         [this] {
             m_scheduled = false;
-            if (m_covering && !present()) {
-                // The window system refused it: the scene draws the pill from now on.
-                m_broken = true;
-                decide();
-            }
+            redraw();
         },
         Qt::QueuedConnection);
+}
+
+void RestingPillOverlay::redraw() {
+    if (!m_covering || present())
+        return;
+    // The window system refused the picture: the scene draws the pill from now on.
+    m_broken = true;
+    decide();
 }
 
 bool RestingPillOverlay::present() {

@@ -44,6 +44,7 @@ private:
     void decide();
     // Draws and shows a frame now; false when the layer could not show it.
     bool present();
+    void redraw();
     void schedule();
     void follow(bool on);
     void retarget();
