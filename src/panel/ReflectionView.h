@@ -8,7 +8,7 @@
 #include "visualizers/VizConfig.h"
 
 #include <QPointer>
-#include <QQuickPaintedItem>
+#include <QQuickItem>
 
 namespace MirlPlayer {
 
@@ -17,8 +17,10 @@ namespace MirlPlayer {
 // levels and on nothing else; the envelope it owns lives as long as this layer is on screen.
 // Takes no mouse events. Soft light has no edge to lose: it is rasterised (ReflectionRaster) at
 // half the resolution in each direction, a quarter of the pixels to fill and to upload, and
-// looks the same scaled up.
-class ReflectionView : public QQuickPaintedItem {
+// shown two screen pixels to a picture pixel, unfiltered: a filtered scale costs a software
+// rasteriser four reads a pixel over the whole card and shows nothing more in soft light. The
+// rounded corners are then cut by the node's outline at full resolution, not by the picture.
+class ReflectionView : public QQuickItem {
     Q_OBJECT
     Q_PROPERTY(QString kind READ kind WRITE setKind NOTIFY kindChanged)
     Q_PROPERTY(MirlPlayer::LevelsStore* store READ store WRITE setStore NOTIFY storeChanged)
@@ -49,9 +51,8 @@ public:
     PlayerBackdrop* glass() const { return m_glass; }
     void setGlass(PlayerBackdrop* glass);
 
-    void paint(QPainter* painter) override;
-
 protected:
+    QSGNode* updatePaintNode(QSGNode* old, UpdatePaintNodeData*) override;
     void geometryChange(const QRectF& newGeometry, const QRectF& oldGeometry) override;
     void itemChange(ItemChange change, const ItemChangeData& value) override;
 
@@ -65,7 +66,8 @@ Q_SIGNALS:
     void glassChanged();
 
 private:
-    void updateTextureSize();
+    // This redraw's picture, or null when there is nothing to draw.
+    const QImage* picture(QSize pixels, double cornerRadius);
 
     QString m_kind = QStringLiteral("glass");
     QPointer<LevelsStore> m_store;

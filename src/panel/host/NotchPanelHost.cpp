@@ -11,9 +11,11 @@
 
 #include <QLoggingCategory>
 #include <QQmlEngine>
+#include <QQuickGraphicsConfiguration>
 #include <QQuickItem>
 #include <QQuickView>
 #include <QScopedValueRollback>
+#include <QSurfaceFormat>
 
 Q_LOGGING_CATEGORY(lcPanelHost, "mirl.panel.host")
 
@@ -131,6 +133,16 @@ bool NotchPanelHost::show() {
         m_engineSetup(*m_view->engine());
     X11NotchPanel::configure(m_view.get());
     m_view->setColor(Qt::transparent);
+    // Everything the panel draws is flat and blended in order, so it needs neither a depth nor a
+    // stencil buffer (clips are rectangles, done by scissor). Without them a software rasteriser
+    // clears and tests one buffer per pixel instead of three.
+    QSurfaceFormat format = m_view->format();
+    format.setDepthBufferSize(0);
+    format.setStencilBufferSize(0);
+    m_view->setFormat(format);
+    QQuickGraphicsConfiguration graphics = m_view->graphicsConfiguration();
+    graphics.setDepthBufferFor2D(false);
+    m_view->setGraphicsConfiguration(graphics);
     m_view->setResizeMode(QQuickView::SizeRootObjectToView);
     m_view->setInitialProperties({{QStringLiteral("player"), QVariant::fromValue(&m_player)},
                                   {QStringLiteral("panel"), QVariant::fromValue(this)},
