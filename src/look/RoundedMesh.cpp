@@ -47,6 +47,10 @@ void RoundedMesh::addRoundedRect(const QRectF& rect, double radius, double fring
         return;
     const double h = std::max(fringe, 0.0) * 0.5;
     radius = std::clamp(radius, 0.0, std::min(rect.width(), rect.height()) * 0.5);
+    // A corner narrower than the soft edge is not seen: such a shape (a bar one pixel wide) is
+    // drawn square, with a third of the triangles for a rasteriser to set up.
+    if (radius < 2 * h)
+        radius = 0;
     // The inner ring half a fringe inside the edge (a thin shape collapses onto its middle),
     // the outer one half a fringe outside; both share the corners' centres.
     const QPointF mid = rect.center();
@@ -57,7 +61,7 @@ void RoundedMesh::addRoundedRect(const QRectF& rect, double radius, double fring
         std::clamp(radius - h, 0.0, std::min(inner.width(), inner.height()) * 0.5);
     // Enough steps that the arc strays less than a tenth of a unit from the circle.
     const int segments =
-        radius + h > 0.25 ? std::clamp(int(std::ceil(2 * std::sqrt(radius + h))), 1, 16) : 0;
+        radius > 0 ? std::clamp(int(std::ceil(2 * std::sqrt(radius + h))), 1, 16) : 0;
     if (segments != m_segments || m_arc.empty()) {
         m_segments = segments;
         m_arc.clear();
