@@ -192,6 +192,16 @@ void DesktopSession::buildPanel(AppDelegate& app) {
     LibraryViewModel::openSettings = [this](const QString& page) { openSettings(page); };
     m_panel->setLibraryView(libraryViewSource());
     NotchPanelController* controller = &m_panel->controller();
+    // The players are sampled from the player's start, after the panel was built, on the fast
+    // cadence: once the first sample is in, the cadence follows the panel as it stands, or a
+    // panel never opened would sample every second.
+    connect(player, &PlayerState::started, controller, [player, controller] {
+        MusicController* music = player->controller();
+        connect(
+            music, &MusicController::sampleApplied, controller,
+            [music, controller] { music->setPollingFast(controller->layout()->expanded()); },
+            Qt::SingleShotConnection);
+    });
     connect(&theme, &Theme::positionIDChanged, controller,
             &NotchPanelController::themeGeometryChanged);
     connect(&theme, &Theme::showVisualizerChanged, controller,

@@ -72,15 +72,16 @@ void PlayerState::updatePositionTick() {
 void PlayerState::noteLevels(const QList<double>& levels) {
     m_lastAudioAt = m_time.now();
     m_eqStore.setLevels(levels);
-    // When the deliveries stop, the fade takes over from here.
-    if (m_needsAudio && !m_eqTimer.isActive())
+    // When the deliveries stop, the fade takes over from here. The timer is set afresh with
+    // each delivery, so that while they come it never fires: restarting it costs less than the
+    // wake-up of its firing only to wait again.
+    if (m_needsAudio)
         armFade();
 }
 
 void PlayerState::armFade() {
     // While levels arrive the fade is held off, so the timer waits out the hold-off from the
-    // latest delivery instead of ticking through it: a playing track wakes it a few times a
-    // second, not thirty.
+    // latest delivery instead of ticking through it: a playing track never wakes it.
     const double sinceAudio = m_time.now() - m_lastAudioAt;
     const double wait = sinceAudio < LevelsStore::fadeHoldoff
                             ? LevelsStore::fadeHoldoff - sinceAudio

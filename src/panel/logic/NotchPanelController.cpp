@@ -26,10 +26,6 @@ NotchPanelController::NotchPanelController(Clock& clock, ScreenInfo& screens, Po
     , m_lastActivity(clock.now())
     , m_screenDebounce(
           0.25, [this] { refreshPlacement(); }, clock) {
-    m_mouseTimer.setInterval(int(tickInterval * 1000));
-    m_mouseTimer.setTimerType(Qt::PreciseTimer);
-    connect(&m_mouseTimer, &QTimer::timeout, this, &NotchPanelController::tick);
-
     // The views ask for the library through the layout; the controller is the one way in.
     connect(&m_layout, &NotchLayout::libraryRequested, this, &NotchPanelController::setLibraryOpen);
     connect(&m_layout, &NotchLayout::libraryOpenChanged, this,
@@ -92,11 +88,11 @@ void NotchPanelController::start(NotchPanel* panel) {
         m_panel->orderFrontRegardless();
     if (m_outputs.setPollingFast)
         m_outputs.setPollingFast(m_layout.expanded());
-    m_mouseTimer.start();
+    m_ticker.start();
 }
 
 void NotchPanelController::stop() {
-    m_mouseTimer.stop();
+    m_ticker.stop();
     m_screenDebounce.cancel();
 }
 

@@ -2,6 +2,7 @@
 
 #include "core/Clock.h"
 #include "core/Debouncer.h"
+#include "core/MainLoopTicker.h"
 #include "panel/logic/MirlStateSignal.h"
 #include "panel/logic/NotchLayout.h"
 #include "panel/logic/PanelDebugLog.h"
@@ -13,7 +14,6 @@
 #include "platform/WindowFacts.h"
 
 #include <QObject>
-#include <QTimer>
 #include <functional>
 #include <optional>
 
@@ -96,7 +96,7 @@ public:
     std::optional<double> triggerSince() const { return m_triggerSince; }
     std::optional<double> libraryExitSince() const { return m_libraryExitSince; }
     bool forceExpanded() const { return m_forceExpanded; }
-    bool ticking() const { return m_mouseTimer.isActive(); }
+    bool ticking() const { return m_ticker.isActive(); }
 
     PanelGeometry::Context context(const ScreenDescription& screen) const;
     std::optional<ScreenDescription> currentScreen() const;
@@ -136,7 +136,7 @@ private:
     std::optional<double> m_triggerSince;
     std::optional<PointerReading> m_tickPointer;
     std::optional<double> m_tickNow;
-    QTimer m_mouseTimer;
+    MainLoopTicker m_ticker{int(tickInterval * 1000), [this] { tick(); }};
     bool m_fullscreenActive = false;
     bool m_overviewActive = false;
     bool m_needsFreshHover = false;
