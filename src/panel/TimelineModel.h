@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/Clock.h"
 #include "playback/PlayerState.h"
 
 #include <QObject>
@@ -45,6 +46,9 @@ public:
     // The press is taken away (the card closed under it): no seek.
     Q_INVOKABLE void cancel();
 
+    // The clock that tells whether the music's levels are arriving (tests set their own).
+    void setClock(const Clock& clock) { m_clock = &clock; }
+
 Q_SIGNALS:
     void playerChanged();
     void changed();
@@ -57,6 +61,9 @@ private:
     QPointer<PlayerState> m_player;
     std::optional<double> m_dragFrac;
     bool m_shown = false;
+    const Clock* m_clock = &Clock::system();
+    double m_levelsAt = Clock::distantPast; // when the player's levels last arrived
+    bool m_positionHeld = false;            // a position waits for the next levels
 };
 
 } // namespace MirlPlayer

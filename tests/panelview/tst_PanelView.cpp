@@ -1,3 +1,4 @@
+#include "core/Clock.h"
 #include "core/Preferences.h"
 #include "look/Theme.h"
 #include "panel/ArtSlot.h"
@@ -170,6 +171,28 @@ private Q_SLOTS:
         timeline.release();
         QTEST(player.clock()->position(), "after");
         QVERIFY(!timeline.dragging());
+    }
+
+    void aNewPositionIsShownWithTheNextLevels() {
+        PlayerState player(nullptr);
+        player.publishDuration(200);
+        ManualClock clock;
+        TimelineModel timeline;
+        timeline.setClock(clock);
+        timeline.setPlayer(&player);
+        timeline.setShown(true);
+        QSignalSpy changed(&timeline, &TimelineModel::changed);
+        player.clock()->setPosition(10); // no levels: at once
+        QCOMPARE(changed.count(), 1);
+        player.eqStore()->setLevels(QList<double>(128, 0.5));
+        player.clock()->setPosition(11); // levels are arriving: it waits for the next
+        QCOMPARE(changed.count(), 1);
+        player.eqStore()->setLevels(QList<double>(128, 0.4));
+        QCOMPARE(changed.count(), 2);
+        QCOMPARE(timeline.elapsedText(), QStringLiteral("0:11"));
+        clock.advance(0.2); // the levels stopped
+        player.clock()->setPosition(12);
+        QCOMPARE(changed.count(), 3);
     }
 
     void theArtOpensTheLibraryOrTheMusicPlayer() {
